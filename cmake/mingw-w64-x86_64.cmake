@@ -1,0 +1,14 @@
+# Cross-builds Windows x64 binaries with mingw-w64 (posix thread model) and runs them under Wine.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+
+set(ZX_MINGW_PREFIX x86_64-w64-mingw32)
+set(CMAKE_C_COMPILER   ${ZX_MINGW_PREFIX}-gcc-posix)
+set(CMAKE_CXX_COMPILER ${ZX_MINGW_PREFIX}-g++-posix)
+set(CMAKE_RC_COMPILER  ${ZX_MINGW_PREFIX}-windres)
+set(CMAKE_OBJDUMP      ${ZX_MINGW_PREFIX}-objdump)
+
+set(CMAKE_FIND_ROOT_PATH /usr/${ZX_MINGW_PREFIX})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
