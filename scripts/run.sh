@@ -4,5 +4,5 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${ZX_BUILD_DIR:-$root/build}
 
-"$root/scripts/build.sh" --quiet
+"$root/scripts/build.sh" --quiet >&2
 exec "$build/wine-run.sh" "$build/bin/drvhost.exe" demo "$@"
