@@ -40,6 +40,11 @@
 #define QCP_PROFILEDISK   0x0002
 #endif
 
+// IPrintCoreHelper::SetOptions: how a conflict between the new settings ended.
+#define SETOPTIONS_RESULT_NO_CONFLICT       0
+#define SETOPTIONS_RESULT_CONFLICT_RESOLVED 1
+#define SETOPTIONS_RESULT_CONFLICT_REMAINED 2
+
 // PrintTicket provider results.
 #ifndef S_PT_NO_CONFLICT
 #define S_PT_NO_CONFLICT ((HRESULT)0x00040001L)

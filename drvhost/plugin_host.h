@@ -25,6 +25,7 @@ public:
     ComPtr<IPrintOemPrintTicketProvider> CreateTicketProvider() const;
     ComPtr<IPrintOemUIMXDC> CreateXpsConverter() const;
     bool CanUnloadNow() const;
+    HMODULE Module() const noexcept { return m_module; }
 
 private:
     template <typename I>

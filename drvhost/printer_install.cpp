@@ -1,0 +1,130 @@
+#include "drvhost/printer_install.h"
+
+#include "drvhost/text.h"
+#include "util/scoped.h"
+
+#include <winspool.h>
+
+#include <stdexcept>
+#include <vector>
+
+namespace drvhost {
+namespace {
+
+[[noreturn]] void Fail(const std::string& what) {
+    throw std::runtime_error(what + " failed (error " + std::to_string(::GetLastError()) + ")");
+}
+
+bool FileExists(const std::wstring& path) { return ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
+
+// The dependent-files list: file names separated by NULs, ending with an empty name.
+std::wstring DependentFiles(const std::vector<std::wstring>& names) {
+    std::wstring list;
+    for (const std::wstring& name : names) list += name + L'\0';
+    return list + L'\0';
+}
+
+template <typename Info>
+std::vector<BYTE> QueryPrinterDriver(HANDLE printer, DWORD level) {
+    DWORD needed = 0;
+    ::GetPrinterDriverW(printer, nullptr, level, nullptr, 0, &needed);
+    std::vector<BYTE> buffer(needed ? needed : sizeof(Info));
+    if (!::GetPrinterDriverW(printer, nullptr, level, buffer.data(), static_cast<DWORD>(buffer.size()), &needed)) {
+        return {};
+    }
+    return buffer;
+}
+
+std::wstring PrinterDriverDirectory() {
+    wchar_t directory[MAX_PATH];
+    DWORD needed = 0;
+    if (!::GetPrinterDriverDirectoryW(nullptr, const_cast<LPWSTR>(kDriverEnvironment), 1,
+                                      reinterpret_cast<BYTE*>(directory), sizeof(directory), &needed)) {
+        Fail("GetPrinterDriverDirectory");
+    }
+    return std::wstring(directory) + L"\\";
+}
+
+// As a driver's installer does: the files go to the printer-driver directory first, and the
+// spooler copies them from there into the driver's versioned directory.
+void AddDriver(const PrinterSetup& setup) {
+    std::vector<std::wstring> dependents = {kPluginFile};
+    for (const std::wstring& extra : setup.extraFiles) {
+        if (FileExists(setup.sourceDirectory + extra)) dependents.push_back(extra);
+    }
+    const std::wstring staging = PrinterDriverDirectory();
+    std::vector<std::wstring> files = dependents;
+    files.push_back(kCoreDriverFile);
+    files.push_back(kDescriptionFile);
+    for (const std::wstring& file : files) {
+        if (!::CopyFileW((setup.sourceDirectory + file).c_str(), (staging + file).c_str(), FALSE)) {
+            Fail("copying " + WideToUtf8(file));
+        }
+    }
+
+    std::wstring name = kDriverName, environment = kDriverEnvironment, driverFile = kCoreDriverFile,
+                 dataFile = kDescriptionFile, dependentList = DependentFiles(dependents);
+    DRIVER_INFO_3W info{};
+    info.cVersion = 3;
+    info.pName = name.data();
+    info.pEnvironment = environment.data();
+    info.pDriverPath = driverFile.data();
+    info.pDataFile = dataFile.data();
+    info.pConfigFile = driverFile.data();
+    info.pDependentFiles = dependentList.data();
+    // Replaces the files of an installed driver, so that a new build takes the old one's place.
+    if (!::AddPrinterDriverExW(nullptr, 3, reinterpret_cast<BYTE*>(&info), APD_COPY_ALL_FILES)) {
+        Fail("AddPrinterDriverEx");
+    }
+}
+
+bool PrinterExists(const std::wstring& printerName) {
+    zx::unique_printer printer;
+    return ::OpenPrinterW(const_cast<LPWSTR>(printerName.c_str()), printer.put(), nullptr) != FALSE;
+}
+
+void AddPrinter(const std::wstring& printerName) {
+    std::wstring name = printerName, driver = kDriverName, port = L"FILE:", processor = L"winprint",
+                 datatype = L"RAW";
+    PRINTER_INFO_2W info{};
+    info.pPrinterName = name.data();
+    info.pPortName = port.data();
+    info.pDriverName = driver.data();
+    info.pPrintProcessor = processor.data();
+    info.pDatatype = datatype.data();
+    info.Attributes = PRINTER_ATTRIBUTE_LOCAL;
+    zx::unique_printer printer(::AddPrinterW(nullptr, 2, reinterpret_cast<BYTE*>(&info)));
+    if (!printer) Fail("AddPrinter");
+}
+
+}  // namespace
+
+InstalledPrinter InstallPrinter(const PrinterSetup& setup) {
+    AddDriver(setup);
+    InstalledPrinter installed;
+    installed.name = setup.printerName;
+    installed.created = !PrinterExists(setup.printerName);
+    if (installed.created) AddPrinter(setup.printerName);
+    installed.driverDirectory = DriverDirectoryOf(setup.printerName);
+    if (installed.driverDirectory.empty()) Fail("GetPrinterDriver");
+    return installed;
+}
+
+std::wstring DriverDirectoryOf(const std::wstring& printerName) {
+    zx::unique_printer printer;
+    if (!::OpenPrinterW(const_cast<LPWSTR>(printerName.c_str()), printer.put(), nullptr)) return {};
+    const std::vector<BYTE> buffer = QueryPrinterDriver<DRIVER_INFO_2W>(printer.get(), 2);
+    if (buffer.empty()) return {};
+    const std::wstring driverPath = reinterpret_cast<const DRIVER_INFO_2W*>(buffer.data())->pDriverPath;
+    const size_t slash = driverPath.find_last_of(L'\\');
+    return slash == std::wstring::npos ? std::wstring() : driverPath.substr(0, slash + 1);
+}
+
+std::wstring ProgramDirectory() {
+    wchar_t path[MAX_PATH];
+    const DWORD length = ::GetModuleFileNameW(nullptr, path, MAX_PATH);
+    std::wstring directory(path, length);
+    return directory.substr(0, directory.find_last_of(L'\\') + 1);
+}
+
+}  // namespace drvhost

@@ -1,0 +1,40 @@
+// Installs the simulated printer in the running Windows (the Wine prefix): its driver, with the
+// plug-in and the files that live beside it in the driver directory, and a printer on "FILE:".
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+#include <vector>
+
+namespace drvhost {
+
+inline constexpr wchar_t kDefaultPrinterName[] = L"ZX Inkjet Simulator";
+inline constexpr wchar_t kDriverName[] = L"ZX Inkjet Simulator Driver";
+inline constexpr wchar_t kDriverEnvironment[] = L"Windows x64";
+inline constexpr wchar_t kCoreDriverFile[] = L"zxcoresim.dll";
+inline constexpr wchar_t kPluginFile[] = L"zxtaluUI14.dll";
+inline constexpr wchar_t kDescriptionFile[] = L"zxtalu.gpd";
+
+struct PrinterSetup {
+    std::wstring printerName = kDefaultPrinterName;
+    std::wstring sourceDirectory;         // where the built driver files are
+    std::vector<std::wstring> extraFiles;  // further files beside the driver, when they exist
+};
+
+struct InstalledPrinter {
+    std::wstring name;
+    std::wstring driverDirectory;  // ends with a backslash
+    bool created = false;          // false: it was there already
+};
+
+// Adds or refreshes the driver and adds the printer if it is missing. Throws std::runtime_error.
+InstalledPrinter InstallPrinter(const PrinterSetup& setup);
+
+// The printer's driver directory, or empty when the printer is not installed.
+std::wstring DriverDirectoryOf(const std::wstring& printerName);
+
+// The directory of the running program, with its trailing backslash.
+std::wstring ProgramDirectory();
+
+}  // namespace drvhost

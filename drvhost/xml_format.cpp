@@ -1,0 +1,87 @@
+#include "drvhost/xml_format.h"
+
+#include "drvhost/xml_document.h"
+#include "util/scoped.h"
+
+#include <vector>
+
+namespace drvhost {
+namespace {
+
+std::wstring NameOf(IXMLDOMNode* node) {
+    zx::unique_bstr name;
+    node->get_nodeName(name.put());
+    return name ? name.get() : L"";
+}
+
+std::wstring TextOf(IXMLDOMNode* node) {
+    zx::unique_bstr text;
+    node->get_text(text.put());
+    return text ? text.get() : L"";
+}
+
+DOMNodeType TypeOf(IXMLDOMNode* node) {
+    DOMNodeType type = NODE_INVALID;
+    node->get_nodeType(&type);
+    return type;
+}
+
+std::vector<ComPtr<IXMLDOMNode>> ChildrenOf(IXMLDOMNode* node) {
+    std::vector<ComPtr<IXMLDOMNode>> children;
+    ComPtr<IXMLDOMNodeList> list;
+    long count = 0;
+    if (FAILED(node->get_childNodes(&list)) || !list || FAILED(list->get_length(&count))) return children;
+    for (long i = 0; i < count; ++i) {
+        ComPtr<IXMLDOMNode> child;
+        if (SUCCEEDED(list->get_item(i, &child)) && child) children.push_back(child);
+    }
+    return children;
+}
+
+std::wstring AttributesOf(IXMLDOMNode* node) {
+    std::wstring text;
+    ComPtr<IXMLDOMNamedNodeMap> attributes;
+    long count = 0;
+    if (FAILED(node->get_attributes(&attributes)) || !attributes || FAILED(attributes->get_length(&count))) {
+        return text;
+    }
+    for (long i = 0; i < count; ++i) {
+        ComPtr<IXMLDOMNode> attribute;
+        if (FAILED(attributes->get_item(i, &attribute)) || !attribute) continue;
+        text += L" " + NameOf(attribute.Get()) + L"=\"" + EscapeXml(TextOf(attribute.Get())) + L"\"";
+    }
+    return text;
+}
+
+void Write(IXMLDOMNode* node, const std::wstring& indent, std::wstring& out) {
+    switch (TypeOf(node)) {
+    case NODE_ELEMENT: {
+        const std::wstring name = NameOf(node);
+        out += indent + L"<" + name + AttributesOf(node);
+        const auto children = ChildrenOf(node);
+        if (children.empty()) {
+            out += L"/>\n";
+        } else if (children.size() == 1 && TypeOf(children[0].Get()) == NODE_TEXT) {
+            out += L">" + EscapeXml(TextOf(children[0].Get())) + L"</" + name + L">\n";
+        } else {
+            out += L">\n";
+            for (const auto& child : children) Write(child.Get(), indent + L"  ", out);
+            out += indent + L"</" + name + L">\n";
+        }
+        break;
+    }
+    case NODE_TEXT: out += indent + EscapeXml(TextOf(node)) + L"\n"; break;
+    case NODE_COMMENT: out += indent + L"<!--" + TextOf(node) + L"-->\n"; break;
+    default: break;
+    }
+}
+
+}  // namespace
+
+std::wstring FormatXml(IXMLDOMNode* document) {
+    std::wstring out = L"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+    for (const auto& child : ChildrenOf(document)) Write(child.Get(), L"", out);
+    return out;
+}
+
+}  // namespace drvhost
