@@ -133,8 +133,9 @@ CoreDriver::CoreDriver(PrinterDescription description) : m_description(std::move
         m_defaultSelections.push_back(static_cast<DWORD>(feature.defaultOption));
     }
     m_printerConfiguration = m_defaultSelections;
-    m_driverUi.Attach(new DriverUiObject(*this));
-    m_coreHelper.Attach(new CoreHelperObject(*this));
+    // Takes over the creator's reference (mingw-w64's ComPtr::Attach would add one).
+    *m_driverUi.GetAddressOf() = new DriverUiObject(*this);
+    *m_coreHelper.GetAddressOf() = new CoreHelperObject(*this);
 }
 
 CoreDriver::~CoreDriver() = default;

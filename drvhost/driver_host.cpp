@@ -30,10 +30,22 @@ OEMDMPARAM DevModeParam(HANDLE printer, JobDevMode& job) {
 DriverHost::DriverHost(PrinterDescription description, const std::wstring& pluginPath, const std::wstring& printerName)
     : m_core(std::make_unique<CoreDriver>(std::move(description))),
       m_plugin(std::make_unique<PluginHost>(pluginPath)),
+      m_ui(m_plugin->CreateUi()),
       m_printerName(printerName) {
-    ::OpenPrinterW(const_cast<LPWSTR>(printerName.c_str()), m_printer.put(), nullptr);
+    Start();
+}
 
-    m_ui = m_plugin->CreateUi();
+DriverHost::DriverHost(PrinterDescription description, ComPtr<IPrintOemUI> ui, const std::wstring& printerName)
+    : m_core(std::make_unique<CoreDriver>(std::move(description))), m_ui(std::move(ui)), m_printerName(printerName) {
+    Start();
+}
+
+ComPtr<IPrintOemPrintTicketProvider> DriverHost::CreateTicketProvider() const {
+    return m_plugin ? m_plugin->CreateTicketProvider() : nullptr;
+}
+
+void DriverHost::Start() {
+    ::OpenPrinterW(const_cast<LPWSTR>(m_printerName.c_str()), m_printer.put(), nullptr);
     if (!m_ui) throw std::runtime_error("the plug-in gives no UI object");
     m_identity.signature = AskInfo(m_ui.Get(), OEMGI_GETSIGNATURE);
     m_identity.version = AskInfo(m_ui.Get(), OEMGI_GETVERSION);

@@ -27,10 +27,14 @@ public:
     // Loads the plug-in, asks for its identity and publishes the helper objects it requests.
     // `printerName` may name a printer that is not installed; the printer handle is then null.
     DriverHost(PrinterDescription description, const std::wstring& pluginPath, const std::wstring& printerName);
+    // The same with a UI plug-in object that the caller made (tests use one of their own).
+    DriverHost(PrinterDescription description, ComPtr<IPrintOemUI> ui, const std::wstring& printerName);
     ~DriverHost();
 
     CoreDriver& Core() noexcept { return *m_core; }
-    const PluginHost& Plugin() const noexcept { return *m_plugin; }
+    // The plug-in's module, or null for an object the caller made.
+    HMODULE PluginModule() const noexcept { return m_plugin ? m_plugin->Module() : nullptr; }
+    ComPtr<IPrintOemPrintTicketProvider> CreateTicketProvider() const;
     IPrintOemUI* Ui() const noexcept { return m_ui.Get(); }
     const PluginIdentity& Identity() const noexcept { return m_identity; }
     const std::wstring& PrinterName() const noexcept { return m_printerName; }
@@ -44,6 +48,8 @@ public:
     HRESULT MergeIntoJob(JobDevMode& job, const DEVMODEW* incoming, DWORD incomingSize);
 
 private:
+    void Start();
+
     std::unique_ptr<CoreDriver> m_core;
     std::unique_ptr<PluginHost> m_plugin;
     ComPtr<IPrintOemUI> m_ui;

@@ -135,6 +135,16 @@ void PrintSelections(DriverHost& host, const JobDevMode& job) {
     }
 }
 
+void PrintChangedSelections(DriverHost& host, const JobDevMode& before, const JobDevMode& after) {
+    const PrinterDescription& description = host.Core().Description();
+    for (size_t i = 0; i < description.features.size(); ++i) {
+        if (before.Selection(i) == after.Selection(i)) continue;
+        const FeatureDescription& feature = description.features[i];
+        std::printf("%-36s %s -> %s\n", feature.keyword.c_str(), feature.options[before.Selection(i)].keyword.c_str(),
+                    feature.options[after.Selection(i)].keyword.c_str());
+    }
+}
+
 std::wstring ReadTicketFile(const std::wstring& path) {
     FILE* file = _wfopen(path.c_str(), L"rb");
     if (file == nullptr) throw std::runtime_error("cannot read " + WideToUtf8(path));
@@ -235,11 +245,14 @@ int RunDemo(const Arguments& arguments) {
     auto ticket = tickets.TicketFor(*job, result);
     std::printf("(plug-in conversion: %s)\n%s", Hex(result).c_str(), WideToUtf8(FormatXml(ticket.Get())).c_str());
 
-    std::printf("\n== The same ticket applied to a new job ==\n");
+    std::printf("\n== A ticket for A4, two pages per sheet, two-sided, applied to a new job ==\n");
+    auto changed = host->NewDefaultJob();
+    SetFeatures(*host, *changed, {L"--set", L"PaperSize=A4", L"--set", L"DocumentNUp=2", L"--set", L"Duplex=VERTICAL"});
+    auto changedTicket = tickets.TicketFor(*changed, result);
     auto applied = host->NewDefaultJob();
-    result = tickets.ApplyTicket(ticket.Get(), *applied);
+    result = tickets.ApplyTicket(changedTicket.Get(), *applied);
     std::printf("(plug-in conversion: %s)\n", Hex(result).c_str());
-    PrintSelections(*host, *applied);
+    PrintChangedSelections(*host, *job, *applied);
 
     std::printf("\n== Document property sheet ==\n");
     RunSheet(*host, false, OptionValue(arguments.rest, L"--screenshot"));

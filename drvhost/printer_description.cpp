@@ -59,6 +59,10 @@ private:
         while (m_pos < m_text.size() && m_text[m_pos] != '\n') ++m_pos;
     }
 
+    bool StartsAttribute(size_t pos) const {
+        return pos > 0 && m_text[pos] == '*' && (m_text[pos - 1] == ' ' || m_text[pos - 1] == '\t');
+    }
+
     static bool IsNameChar(char c) {
         return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '?' || c == '-';
     }
@@ -85,9 +89,10 @@ private:
             m_pos = close + 1;
             return value;
         }
+        // A bare value ends with its line, at a brace, or where the next attribute starts.
         const size_t start = m_pos;
         while (m_pos < m_text.size() && m_text[m_pos] != '\n' && m_text[m_pos] != '{' && m_text[m_pos] != '}' &&
-               m_text.compare(m_pos, 2, "*%") != 0) {
+               m_text.compare(m_pos, 2, "*%") != 0 && !StartsAttribute(m_pos)) {
             ++m_pos;
         }
         std::string value(m_text.substr(start, m_pos - start));

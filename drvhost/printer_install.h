@@ -19,7 +19,9 @@ inline constexpr wchar_t kDescriptionFile[] = L"zxtalu.gpd";
 struct PrinterSetup {
     std::wstring printerName = kDefaultPrinterName;
     std::wstring sourceDirectory;         // where the built driver files are
-    std::vector<std::wstring> extraFiles;  // further files beside the driver, when they exist
+    // Further files of the driver directory, installed when the build has them.
+    std::vector<std::wstring> extraFiles = {L"mortalures18.dll", L"unires.dll", L"zxtaluudm.dll", L"zxbuio.dll",
+                                            L"mortaluDataMap.xml"};
 };
 
 struct InstalledPrinter {

@@ -17,7 +17,7 @@ SelectionSource SelectionsOf(const JobDevMode& job) {
 }  // namespace
 
 TicketHost::TicketHost(DriverHost& host) : m_host(host), m_deviceNamespace(kUnboundNamespace) {
-    m_provider = host.Plugin().CreateTicketProvider();
+    m_provider = host.CreateTicketProvider();
     if (!m_provider) {
         m_bindResult = E_NOINTERFACE;
         return;

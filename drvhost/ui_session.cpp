@@ -27,7 +27,7 @@ UiSession::UiSession(DriverHost& host, FeatureSheet sheet, JobDevMode* job, DWOR
     m_params.poemuiobj = &m_uiObject.object;
     m_params.hPrinter = host.Printer();
     m_params.pPrinterName = const_cast<PWSTR>(host.PrinterName().c_str());
-    m_params.hModule = host.Plugin().Module();
+    m_params.hModule = host.PluginModule();
     m_params.hOEMHeap = m_heap;
     m_params.pPublicDM = m_job ? m_job->Public() : nullptr;
     m_params.pOEMDM = m_job ? m_job->PluginBlock() : nullptr;
