@@ -125,7 +125,9 @@ HRESULT VPrintSchemaHandler::FindRootElement(IXMLDOMNode** root) {
     return SelectSingleNode(query.c_str(), root);
 }
 
-// Declarations are walked by index: Wine's MSXML leaves them out of reset/nextNode.
+// Declarations are walked by index: Wine's MSXML leaves them out of reset/nextNode. (Wine also
+// hides the last declaration of an element without ordinary attributes; host tickets always carry
+// the version attribute, so their declarations are all listed.)
 HRESULT VPrintSchemaHandler::GetNamespacePrefix(const wchar_t* namespaceUri, BSTR* prefix) {
     ZX_RETURN_HR_IF_NULL(E_POINTER, prefix);
     ZX_RETURN_HR_IF(E_INVALIDARG, IsEmpty(namespaceUri));
