@@ -124,9 +124,11 @@ void ReadFileDescription(const wchar_t* path, VStringBuffer& name) {
                            translations[index].codePage);
         void* value = nullptr;
         UINT length = 0;
-        if (::VerQueryValueW(resource.data(), query.c_str(), &value, &length) && value != nullptr) {
-            SetName(name, static_cast<const wchar_t*>(value), ::wcsnlen(static_cast<const wchar_t*>(value), length));
-        }
+        if (!::VerQueryValueW(resource.data(), query.c_str(), &value, &length) || value == nullptr) continue;
+        const auto* description = static_cast<const wchar_t*>(value);
+        // An empty description names nothing, and an empty option name could not be written.
+        const size_t descriptionLength = ::wcsnlen(description, length);
+        if (descriptionLength != 0) SetName(name, description, descriptionLength);
     }
 }
 
@@ -189,12 +191,14 @@ void ApplyRenames(VStringBuffer& name) {
     }
 }
 
+// The replacement is built before the old feature is removed, so that a failure to build it
+// leaves the ticket as it was.
 HRESULT WriteApplicationTracking(VPrintTicketHandler& ticket, const wchar_t* application) {
-    ZX_RETURN_IF_FAILED(ticket.DeletePrefixedFeature(PrivateFeature::JobZXApplicationTracking, Prefix::Private));
     zx::ComPtr<IXMLDOMElement> feature;
     zx::ComPtr<IXMLDOMElement> option;
     ZX_RETURN_IF_FAILED(ticket.CreatePrefixedFeatureOption(PrivateFeature::JobZXApplicationTracking, application,
                                                            &feature, &option, Prefix::Private, Prefix::Private));
+    ZX_RETURN_IF_FAILED(ticket.DeletePrefixedFeature(PrivateFeature::JobZXApplicationTracking, Prefix::Private));
     ZX_RETURN_IF_FAILED(ticket.AppendToRoot(Vocabulary::PrintTicket, feature.Get()));
     ::OutputDebugStringW(L"Element appended successfully...");
     return S_OK;

@@ -12,7 +12,7 @@ inline constexpr size_t kMaxApplicationName = 259;
 // The name of the printing application as the ticket records it: from the spooler's client for
 // the print host of 32-bit applications, from the loaded modules or command line for a few known
 // hosts, otherwise from the executable's file description; "Unknown" when nothing tells. Spaces
-// become underscores.
+// become underscores. Throws VUtilException or std::bad_alloc only when memory runs out.
 VStringBuffer DetectPrintingApplication();
 
 // When the ticket carries ns0000:JobZXApplicationTracking, replaces it by one whose single option

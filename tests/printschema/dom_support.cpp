@@ -15,12 +15,21 @@ public:
 
 [[maybe_unused]] testing::Environment* const g_com = testing::AddGlobalTestEnvironment(new ComEnvironment);
 
-void SetProperty(IXMLDOMDocument2* document, const wchar_t* name, const wchar_t* value) {
-    VARIANT text;
-    text.vt = VT_BSTR;
-    text.bstrVal = ::SysAllocString(value);
-    EXPECT_EQ(S_OK, document->setProperty(zx::MakeBstr(name).get(), text));
-    ::VariantClear(&text);
+const std::wstring kDeclarations = std::wstring(L" xmlns:psf='") + kFrameworkUri + L"' xmlns:psk='" + kKeywordsUri +
+                                   L"' xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'"
+                                   L" xmlns:ns0000='http://schemas.velmora.com/printing/2026/zxtaluUI14'";
+
+void SetProperty(IXMLDOMDocument2* document, const wchar_t* name, const std::wstring& value) {
+    zx::unique_variant text;
+    text.get()->vt = VT_BSTR;
+    text.get()->bstrVal = zx::MakeBstr(value.c_str()).release();
+    EXPECT_EQ(S_OK, document->setProperty(zx::MakeBstr(name).get(), *text));
+}
+
+std::wstring Read(IXMLDOMNode* node, HRESULT (STDMETHODCALLTYPE IXMLDOMNode::*getter)(BSTR*)) {
+    zx::unique_bstr text;
+    (node->*getter)(text.put());
+    return text ? text.get() : L"";
 }
 
 }  // namespace
@@ -31,27 +40,20 @@ zx::ComPtr<IXMLDOMDocument2> LoadDocument(const std::wstring& xml) {
                                        msxml6::IID_IXMLDOMDocument2, reinterpret_cast<void**>(document.GetAddressOf())));
     VARIANT_BOOL loaded = VARIANT_FALSE;
     EXPECT_EQ(S_OK, document->loadXML(zx::MakeBstr(xml.c_str()).get(), &loaded));
-    EXPECT_EQ(VARIANT_TRUE, loaded);
     return document;
 }
 
 zx::ComPtr<IXMLDOMDocument2> Reparsed(IXMLDOMDocument2* document) {
     zx::ComPtr<IXMLDOMDocument2> copy = LoadDocument(XmlOf(document));
     SetProperty(copy.Get(), L"SelectionLanguage", L"XPath");
-    SetProperty(copy.Get(), L"SelectionNamespaces",
-                (std::wstring(L"xmlns:psf='") + kFrameworkUri + L"' xmlns:psk='" + kKeywordsUri +
-                 L"' xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'"
-                 L" xmlns:ns0000='http://schemas.velmora.com/printing/2026/zxtaluUI14'")
-                    .c_str());
+    SetProperty(copy.Get(), L"SelectionNamespaces", kDeclarations);
     return copy;
 }
 
-std::wstring TextAt(IXMLDOMNode* context, const wchar_t* query) {
+std::wstring TextAt(IXMLDOMNode* context, const std::wstring& query) {
     zx::ComPtr<IXMLDOMNode> node;
-    if (context->selectSingleNode(zx::MakeBstr(query).get(), &node) != S_OK) return L"<none>";
-    zx::unique_bstr text;
-    node->get_text(text.put());
-    return text ? text.get() : L"";
+    if (context->selectSingleNode(zx::MakeBstr(query.c_str()).get(), &node) != S_OK) return L"<none>";
+    return Read(node.Get(), &IXMLDOMNode::get_text);
 }
 
 long CountOf(IXMLDOMNode* context, const wchar_t* query) {
@@ -61,23 +63,13 @@ long CountOf(IXMLDOMNode* context, const wchar_t* query) {
     return count;
 }
 
-std::wstring XmlOf(IXMLDOMNode* node) {
-    zx::unique_bstr xml;
-    node->get_xml(xml.put());
-    return xml ? xml.get() : L"";
-}
+std::wstring XmlOf(IXMLDOMNode* node) { return Read(node, &IXMLDOMNode::get_xml); }
 
-std::wstring NameOf(IXMLDOMNode* node) {
-    zx::unique_bstr name;
-    node->get_nodeName(name.put());
-    return name ? name.get() : L"";
-}
+std::wstring NameOf(IXMLDOMNode* node) { return Read(node, &IXMLDOMNode::get_nodeName); }
 
 std::wstring Ticket(const std::wstring& body) {
-    return std::wstring(L"<psf:PrintTicket xmlns:psf='") + kFrameworkUri + L"' xmlns:psk='" + kKeywordsUri +
-           L"' xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xmlns:xsd='http://www.w3.org/2001/XMLSchema'"
-           L" xmlns:ns0000='http://schemas.velmora.com/printing/2026/zxtaluUI14' version='1'>" +
-           body + L"</psf:PrintTicket>";
+    return L"<psf:PrintTicket" + kDeclarations + L" xmlns:xsd='http://www.w3.org/2001/XMLSchema' version='1'>" + body +
+           L"</psf:PrintTicket>";
 }
 
 }  // namespace zxtest

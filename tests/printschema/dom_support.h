@@ -1,6 +1,6 @@
-// Real MSXML 6 documents for the Print Schema tests: COM for the whole test program, tickets
-// loaded from text, and read-back helpers that re-parse a document first, because Wine's MSXML
-// finds namespaced attributes made with createNode only after a re-parse.
+// Real MSXML 6 documents for the Print Schema tests: COM for the whole program, documents loaded
+// from text, and read-back helpers. Wine's MSXML finds namespaced attributes made with createNode
+// only after a re-parse, so checks of written documents read a re-parsed copy.
 #pragma once
 
 #include "util/scoped.h"
@@ -14,18 +14,15 @@ namespace zxtest {
 inline constexpr wchar_t kFrameworkUri[] = L"http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework";
 inline constexpr wchar_t kKeywordsUri[] = L"http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords";
 
-// A new DOMDocument60 holding xml; fails the test when the text does not parse.
 zx::ComPtr<IXMLDOMDocument2> LoadDocument(const std::wstring& xml);
-// The document serialised and parsed again, with the prefixes psf, psk, xsi, xsd and ns0000 bound
-// for queries.
+// A re-parsed copy, with psf, psk, xsi and ns0000 bound for queries.
 zx::ComPtr<IXMLDOMDocument2> Reparsed(IXMLDOMDocument2* document);
 // The text of the first node the query selects, or "<none>".
-std::wstring TextAt(IXMLDOMNode* context, const wchar_t* query);
+std::wstring TextAt(IXMLDOMNode* context, const std::wstring& query);
 long CountOf(IXMLDOMNode* context, const wchar_t* query);
 std::wstring XmlOf(IXMLDOMNode* node);
 std::wstring NameOf(IXMLDOMNode* node);
-
-// A PrintTicket root declaring the usual namespaces, wrapped around body.
+// A PrintTicket root declaring the usual namespaces around body.
 std::wstring Ticket(const std::wstring& body);
 
 }  // namespace zxtest
