@@ -25,8 +25,8 @@ struct StoredAnswer {
     int32_t preset;
 };
 constexpr StoredAnswer kStoredAnswers[] = {
-    {L"DuplexUnit", &VIOData::SetDuplexUnit, 0}, {L"Duplex", &VIOData::SetDuplex, 0},
-    {L"TrayState2", &VIOData::SetTrayState2, 0}, {L"PhotoTray", &VIOData::SetPhotoTray, 1},
+    {L"DuplexUnit", &VIOData::SetDuplexUnit, 0},       {L"Duplex", &VIOData::SetDuplex, 0},
+    {L"TrayState2", &VIOData::SetTrayState2, 0},       {L"PhotoTray", &VIOData::SetPhotoTray, 1},
     {L"ColorPrinting", &VIOData::SetColorPrinting, 1},
 };
 
@@ -78,8 +78,7 @@ void SetText(zx::unique_variant& value, const std::wstring& text) {
 
 // A device answer as text; an answer that cannot be turned into text reads as empty.
 std::wstring AnswerText(zx::unique_variant& answer) {
-    if (answer.type() != VT_BSTR &&
-        FAILED(::VariantChangeType(answer.get(), answer.get(), 0, VT_BSTR))) {
+    if (answer.type() != VT_BSTR && FAILED(::VariantChangeType(answer.get(), answer.get(), 0, VT_BSTR))) {
         return {};
     }
     const BSTR text = (*answer).bstrVal;
@@ -88,6 +87,13 @@ std::wstring AnswerText(zx::unique_variant& answer) {
 
 bool AskItem(IDeviceDataCollection* collection, const std::wstring& item, zx::unique_variant& answer) {
     return collection->GetValue(item.c_str(), answer.put()) == S_OK;
+}
+
+bool AskProtocol(IDeviceDataCollection* collection, zx::unique_variant& protocol) {
+    for (const wchar_t* item : kProtocolItems) {
+        if (AskItem(collection, item, protocol)) return true;
+    }
+    return false;
 }
 
 // The part of an item string under which its answer is kept: what follows the first colon.
@@ -109,13 +115,13 @@ bool StoredFormOfAnswer(const std::wstring& key, const std::wstring& text, zx::u
     for (const AnswerRule& rule : kAnswerRules) {
         if (key != rule.key) continue;
         switch (rule.form) {
-        case AnswerForm::Identity: {
-            const std::optional<std::wstring> identity = IdentityPart(text);
-            if (identity) SetText(stored, *identity);
-            return identity.has_value();
-        }
-        case AnswerForm::Text: SetText(stored, text); return true;
-        case AnswerForm::Flag: SetBool(stored, text == rule.yes ? 1 : 0); return true;
+            case AnswerForm::Identity: {
+                const std::optional<std::wstring> identity = IdentityPart(text);
+                if (identity) SetText(stored, *identity);
+                return identity.has_value();
+            }
+            case AnswerForm::Text: SetText(stored, text); return true;
+            case AnswerForm::Flag: SetBool(stored, text == rule.yes ? 1 : 0); return true;
         }
     }
     SetBool(stored, 1);
@@ -135,9 +141,7 @@ const DefaultKey* DefaultKeyFor(const char* key, size_t length) {
     return nullptr;
 }
 
-bool Contains(const std::wstring& upper, const wchar_t* marker) {
-    return upper.find(marker) != std::wstring::npos;
-}
+bool Contains(const std::wstring& upper, const wchar_t* marker) { return upper.find(marker) != std::wstring::npos; }
 
 }  // namespace
 
@@ -151,13 +155,7 @@ std::shared_ptr<VIOData> VUDMClient::QueryAccessories() {
     const bool answersCurrent = queryDone.type() == VT_BOOL && (*queryDone).boolVal != 0;
     if (!answersCurrent) {
         if (RunDeviceQuery() != S_OK) {
-            if (!m_record) {
-                AccessoryDefaults values;
-                ReadBidiDefaults(values);
-                m_record = std::make_shared<VIOData>(values.duplexUnit, values.tray2, values.photoTray,
-                                                     values.colorPrinting, values.duplex);
-                m_record->SetReliable(0);
-            }
+            if (!m_record) m_record = DefaultsRecord();
             return m_record;
         }
         m_printer.WriteNumber(kQueryDone, 1);
@@ -167,12 +165,22 @@ std::shared_ptr<VIOData> VUDMClient::QueryAccessories() {
     return m_record;
 }
 
+// The record of a device that could not be asked, from the driver's defaults.
+std::shared_ptr<VIOData> VUDMClient::DefaultsRecord() {
+    AccessoryDefaults values;
+    ReadBidiDefaults(values);
+    auto record = std::make_shared<VIOData>(values.duplexUnit, values.tray2, values.photoTray, values.colorPrinting,
+                                            values.duplex);
+    record->SetReliable(0);
+    return record;
+}
+
 // Only answers stored as numbers replace the presets.
 void VUDMClient::ApplyStoredAnswers(VIOData& record) {
     for (const StoredAnswer& answer : kStoredAnswers) {
         zx::unique_variant value;
-        const bool stored = m_printer.ReadValue(answer.name, value) == VPrinterAccess::ValueRead::Read &&
-                            value.type() == VT_BOOL;
+        const bool stored =
+            m_printer.ReadValue(answer.name, value) == VPrinterAccess::ValueRead::Read && value.type() == VT_BOOL;
         (record.*answer.set)(stored ? static_cast<int32_t>((*value).boolVal) : answer.preset);
     }
 }
@@ -194,11 +202,7 @@ HRESULT VUDMClient::RunDeviceQuery() {
     if (!collection) return E_FAIL;
 
     zx::unique_variant protocol;
-    bool answered = false;
-    for (const wchar_t* item : kProtocolItems) {
-        if ((answered = AskItem(collection.Get(), item, protocol))) break;
-    }
-    if (!answered) return S_OK;  // a device without a protocol has nothing to tell
+    if (!AskProtocol(collection.Get(), protocol)) return S_OK;  // a device without a protocol tells nothing
 
     std::vector<std::wstring> items;
     if (zx::EvaluateDataMap(items, dataMapPath, AnswerText(protocol))) StoreDeviceAnswers(items, collection.Get());

@@ -36,7 +36,10 @@ public:
     // The record of a device that could not be asked: every accessory but the trays.
     VIOData() = default;
     VIOData(int32_t duplexUnit, int32_t tray2, int32_t photoTray, int32_t colorPrinting, int32_t duplex) noexcept
-        : m_duplexUnit(duplexUnit), m_tray2(tray2), m_photoTray(photoTray), m_colorPrinting(colorPrinting),
+        : m_duplexUnit(duplexUnit),
+          m_tray2(tray2),
+          m_photoTray(photoTray),
+          m_colorPrinting(colorPrinting),
           m_duplex(duplex) {}
 
     int32_t GetDuplexUnit() const override { return m_duplexUnit; }

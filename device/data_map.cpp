@@ -21,8 +21,8 @@ struct ProtocolMap {
     MapKind kind;
 };
 constexpr ProtocolMap kProtocolMaps[] = {
-    {L"WS", MapKind::Xml},   {L"KELP", MapKind::Xml}, {L"PLSXML", MapKind::Xml},
-    {L"OID", MapKind::Oid},  {L"IPP", MapKind::Ipp},
+    {L"WS", MapKind::Xml},  {L"KELP", MapKind::Xml}, {L"PLSXML", MapKind::Xml},
+    {L"OID", MapKind::Oid}, {L"IPP", MapKind::Ipp},
 };
 
 std::optional<MapKind> MapKindOf(const std::wstring& protocol) {
@@ -39,9 +39,9 @@ std::optional<MapKind> MapKindOf(const std::wstring& protocol) {
 // reported it: attribute values compare exactly.
 std::wstring BaseExpression(MapKind kind, const std::wstring& protocol) {
     switch (kind) {
-    case MapKind::Xml: return L"//XMLDataMap[@Protocol='" + protocol + L"']";
-    case MapKind::Oid: return L"//OIDDataMap";
-    case MapKind::Ipp: return L"//IPPDataMap";
+        case MapKind::Xml: return L"//XMLDataMap[@Protocol='" + protocol + L"']";
+        case MapKind::Oid: return L"//OIDDataMap";
+        case MapKind::Ipp: return L"//IPPDataMap";
     }
     return {};
 }

@@ -29,7 +29,7 @@ struct IDeviceDataCollection : public IUnknown {
 };
 
 using CreateDataCollectionFromFileFn = HRESULT(__cdecl*)(IDeviceAddress* address, const wchar_t* dataMapPath,
-                                                        IDeviceDataCollection** collection, void* reserved);
+                                                         IDeviceDataCollection** collection, void* reserved);
 using CreateAddressFn = IDeviceAddress*(__cdecl*)(const wchar_t* text);
 
 namespace zx {

@@ -9,8 +9,8 @@ HRESULT CreateRealFunctionDiscovery(IFunctionDiscovery** discovery) {
 }
 
 const DevicePlatform kRealPlatform = {
-    ::OpenPrinterW,    ::ClosePrinter, ::GetPrinterW, ::GetPrinterDriverW, ::GetPrinterDataW,
-    ::SetPrinterDataExW, ::EnumPortsW, ::XcvDataW,    ::GetVersionExW,     CreateRealFunctionDiscovery,
+    ::OpenPrinterW,      ::ClosePrinter, ::GetPrinterW, ::GetPrinterDriverW, ::GetPrinterDataW,
+    ::SetPrinterDataExW, ::EnumPortsW,   ::XcvDataW,    ::GetVersionExW,     CreateRealFunctionDiscovery,
 };
 
 // Changed only by tests, before the code under test runs.

@@ -65,8 +65,7 @@ void FillField(WCHAR (&field)[N], const std::wstring& text) {
 
 // The configuration of the printer's port from its monitor. False when the call fails; status
 // is the monitor's answer and needed the output size it asked for.
-bool AskPortConfiguration(const VPrinterAccess& printer, BYTE* output, DWORD outputSize, DWORD& needed,
-                          DWORD& status) {
+bool AskPortConfiguration(const VPrinterAccess& printer, BYTE* output, DWORD outputSize, DWORD& needed, DWORD& status) {
     ConfigInfoRequest request{};
     request.version = 1;
     needed = 0;

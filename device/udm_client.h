@@ -24,6 +24,8 @@ struct AccessoryDefaults {
     int32_t duplex = 0;
 };
 
+// Its operations throw only when memory runs out (std::bad_alloc, ATL::CAtlException); the COM
+// methods that use the client turn that into E_OUTOFMEMORY.
 class VUDMClient final : public VUINotifer {
 public:
     // printer may be 0: the client then opens the printer by name. The core helper may be null.
@@ -63,6 +65,7 @@ public:
 private:
     HMODULE LoadHelperLibrary(const wchar_t* fileName, zx::unique_hmodule& module);
     VIOData& EnsureRecord();
+    std::shared_ptr<VIOData> DefaultsRecord();
     void ApplyStoredAnswers(VIOData& record);
     std::wstring StoredIdentity();
 

@@ -14,8 +14,8 @@ namespace {
 constexpr PROPERTYKEY kServiceAddressKey = {
     {0x656a3bb3, 0xecc0, 0x43fd, {0x84, 0x77, 0x4a, 0xe0, 0x40, 0x4a, 0x96, 0xcd}}, 16384};
 // The name of the printer port that the function instance serves.
-constexpr PROPERTYKEY kPrinterPortKey = {
-    {0xf01fac5d, 0xe5f6, 0x485f, {0xa8, 0xc6, 0x27, 0x44, 0x64, 0x25, 0x99, 0x8c}}, 2};
+constexpr PROPERTYKEY kPrinterPortKey = {{0xf01fac5d, 0xe5f6, 0x485f, {0xa8, 0xc6, 0x27, 0x44, 0x64, 0x25, 0x99, 0x8c}},
+                                         2};
 
 // Identity markers of instances that stand for network devices.
 constexpr const wchar_t* kDeviceIdentityMarkers[] = {L"UMB", L"UUID:"};

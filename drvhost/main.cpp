@@ -167,7 +167,9 @@ int RunInstall(const Arguments& arguments) {
     std::printf("%s %s\ndriver directory: %s\n", printer.created ? "installed" : "refreshed",
                 WideToUtf8(printer.name).c_str(), WideToUtf8(printer.driverDirectory).c_str());
     const std::wstring device = OptionValue(arguments.rest, L"--device");
-    if (!device.empty()) std::printf("device: %s on port %s\n", WideToUtf8(device).c_str(), WideToUtf8(kDevicePort).c_str());
+    if (!device.empty()) {
+        std::printf("device: %s on port %s\n", WideToUtf8(device).c_str(), WideToUtf8(kDevicePort).c_str());
+    }
     return 0;
 }
 

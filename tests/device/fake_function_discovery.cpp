@@ -1,17 +1,9 @@
 #include "tests/device/fake_function_discovery.h"
 
-#include <stdexcept>
-
 namespace zxtest {
 namespace {
 
-FakeFunctionDiscovery* g_current = nullptr;
-long g_liveObjects = 0;
-
-constexpr PROPERTYKEY kServiceAddressKey = {
-    {0x656a3bb3, 0xecc0, 0x43fd, {0x84, 0x77, 0x4a, 0xe0, 0x40, 0x4a, 0x96, 0xcd}}, 16384};
-constexpr PROPERTYKEY kPrinterPortKey = {
-    {0xf01fac5d, 0xe5f6, 0x485f, {0xa8, 0xc6, 0x27, 0x44, 0x64, 0x25, 0x99, 0x8c}}, 2};
+FakeFunctionDiscovery* g_discovery = nullptr;
 
 LPWSTR CoTaskCopy(const std::wstring& text) {
     auto* copy = static_cast<LPWSTR>(::CoTaskMemAlloc((text.size() + 1) * sizeof(wchar_t)));
@@ -20,21 +12,17 @@ LPWSTR CoTaskCopy(const std::wstring& text) {
     return copy;
 }
 
-// Counted like a COM object; one object may answer for several interfaces.
+// Counted like a COM object; one object answers for all its interfaces, and for nothing else.
 template <typename... Interfaces>
 class FakeObject : public Interfaces... {
 public:
-    FakeObject() { ++g_liveObjects; }
-    virtual ~FakeObject() { --g_liveObjects; }
-    STDMETHODIMP QueryInterface(REFIID, void** object) override {
-        *object = nullptr;
-        return E_NOINTERFACE;
-    }
+    FakeObject() { ++FakeFunctionDiscovery::liveObjects; }
+    virtual ~FakeObject() { --FakeFunctionDiscovery::liveObjects; }
+    STDMETHODIMP QueryInterface(REFIID, void** object) override { return *object = nullptr, E_NOINTERFACE; }
     STDMETHODIMP_(ULONG) AddRef() override { return ++m_references; }
     STDMETHODIMP_(ULONG) Release() override {
-        const ULONG left = --m_references;
-        if (left == 0) delete this;
-        return left;
+        if (--m_references == 0) return delete this, 0;
+        return m_references;
     }
 
 private:
@@ -44,75 +32,61 @@ private:
 class Instance final : public FakeObject<zx::IFunctionInstance, IPropertyStore> {
 public:
     explicit Instance(const FakeInstance& data) : m_data(data) {}
-
-    STDMETHODIMP QueryService(REFGUID, REFIID, void**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetID(WCHAR** identity) override {
-        *identity = CoTaskCopy(m_data.id);
-        return S_OK;
-    }
-    STDMETHODIMP GetProviderInstanceID(WCHAR**) override { return E_NOTIMPL; }
-    STDMETHODIMP OpenPropertyStore(DWORD, IPropertyStore** store) override {
-        AddRef();
-        *store = this;
-        return S_OK;
-    }
-    STDMETHODIMP GetCategory(WCHAR**, WCHAR**) override { return E_NOTIMPL; }
-
-    STDMETHODIMP GetCount(DWORD* count) override {
-        *count = static_cast<DWORD>(m_data.properties.size());
-        return S_OK;
-    }
-    STDMETHODIMP GetAt(DWORD index, PROPERTYKEY* key) override {
-        if (index >= m_data.properties.size()) return E_INVALIDARG;
-        *key = m_data.properties[index].key;
-        return S_OK;
-    }
+    STDMETHODIMP GetID(WCHAR** identity) override { return *identity = CoTaskCopy(m_data.id), S_OK; }
+    STDMETHODIMP OpenPropertyStore(DWORD, IPropertyStore** store) override { return AddRef(), *store = this, S_OK; }
+    STDMETHODIMP GetCount(DWORD* count) override { return *count = static_cast<DWORD>(m_data.properties.size()), S_OK; }
+    STDMETHODIMP GetAt(DWORD index, PROPERTYKEY* key) override { return *key = m_data.properties.at(index).key, S_OK; }
     STDMETHODIMP GetValue(REFPROPERTYKEY key, PROPVARIANT* value) override {
         PropVariantInit(value);
         for (const FakeProperty& property : m_data.properties) {
-            if (property.key.pid == key.pid && IsEqualGUID(property.key.fmtid, key.fmtid)) return Fill(property, value);
+            if (property.key.pid != key.pid || !IsEqualGUID(property.key.fmtid, key.fmtid)) continue;
+            value->vt = property.type;
+            if (property.type == VT_LPWSTR) {
+                value->pwszVal = CoTaskCopy(property.texts.at(0));
+            } else {
+                value->calpwstr.cElems = static_cast<ULONG>(property.texts.size());
+                value->calpwstr.pElems =
+                    static_cast<LPWSTR*>(::CoTaskMemAlloc(sizeof(LPWSTR) * (property.texts.size() + 1)));
+                for (size_t i = 0; i < property.texts.size(); ++i)
+                    value->calpwstr.pElems[i] = CoTaskCopy(property.texts[i]);
+            }
         }
-        return S_OK;  // an unknown key reads as empty
+        return S_OK;
     }
+    STDMETHODIMP QueryService(REFGUID, REFIID, void**) override { return E_NOTIMPL; }
+    STDMETHODIMP GetProviderInstanceID(WCHAR**) override { return E_NOTIMPL; }
+    STDMETHODIMP GetCategory(WCHAR**, WCHAR**) override { return E_NOTIMPL; }
     STDMETHODIMP SetValue(REFPROPERTYKEY, REFPROPVARIANT) override { return E_NOTIMPL; }
     STDMETHODIMP Commit() override { return E_NOTIMPL; }
 
 private:
-    static HRESULT Fill(const FakeProperty& property, PROPVARIANT* value) {
-        value->vt = property.type;
-        if (property.type == VT_LPWSTR) {
-            value->pwszVal = property.texts.empty() ? nullptr : CoTaskCopy(property.texts.front());
-        } else if (property.type == (VT_VECTOR | VT_LPWSTR)) {
-            const size_t count = property.texts.size();
-            value->calpwstr.cElems = static_cast<ULONG>(count);
-            value->calpwstr.pElems = static_cast<LPWSTR*>(::CoTaskMemAlloc((count ? count : 1) * sizeof(LPWSTR)));
-            for (size_t i = 0; i < count; ++i) value->calpwstr.pElems[i] = CoTaskCopy(property.texts[i]);
-        } else {
-            value->vt = VT_UI4;
-            value->ulVal = 7;
-        }
-        return S_OK;
-    }
-
     FakeInstance m_data;
 };
 
+// The discovery object, its query and the query's collection in one.
 class Discovery final
     : public FakeObject<zx::IFunctionDiscovery, zx::IFunctionInstanceCollectionQuery, zx::IFunctionInstanceCollection> {
 public:
-    // IFunctionDiscovery
+    STDMETHODIMP CreateInstanceCollectionQuery(const WCHAR* category, const WCHAR*, BOOL,
+                                               zx::IFunctionDiscoveryNotification*, zx::FDQUERYCONTEXT*,
+                                               zx::IFunctionInstanceCollectionQuery** query) override {
+        g_discovery->queriedCategory = category;
+        return AddRef(), *query = this, S_OK;
+    }
+    STDMETHODIMP Execute(zx::IFunctionInstanceCollection** collection) override {
+        return AddRef(), *collection = this, g_discovery->executeResult;
+    }
+    STDMETHODIMP GetCount(DWORD* count) override {
+        return *count = static_cast<DWORD>(g_discovery->instances.size()), S_OK;
+    }
+    STDMETHODIMP Item(DWORD index, zx::IFunctionInstance** instance) override {
+        g_discovery->itemsAsked.push_back(index);
+        return *instance = new Instance(g_discovery->instances.at(index)), S_OK;
+    }
     STDMETHODIMP GetInstanceCollection(const WCHAR*, const WCHAR*, BOOL, zx::IFunctionInstanceCollection**) override {
         return E_NOTIMPL;
     }
     STDMETHODIMP GetInstance(const WCHAR*, zx::IFunctionInstance**) override { return E_NOTIMPL; }
-    STDMETHODIMP CreateInstanceCollectionQuery(const WCHAR* category, const WCHAR*, BOOL,
-                                               zx::IFunctionDiscoveryNotification*, zx::FDQUERYCONTEXT*,
-                                               zx::IFunctionInstanceCollectionQuery** query) override {
-        FakeFunctionDiscovery::Current().queriedCategory = category ? category : L"";
-        AddRef();
-        *query = this;
-        return S_OK;
-    }
     STDMETHODIMP CreateInstanceQuery(const WCHAR*, zx::IFunctionDiscoveryNotification*, zx::FDQUERYCONTEXT*,
                                      IUnknown**) override {
         return E_NOTIMPL;
@@ -121,65 +95,44 @@ public:
         return E_NOTIMPL;
     }
     STDMETHODIMP RemoveInstance(int, const WCHAR*, const WCHAR*, const WCHAR*) override { return E_NOTIMPL; }
-
-    // IFunctionInstanceCollectionQuery
     STDMETHODIMP AddQueryConstraint(const WCHAR*, const WCHAR*) override { return E_NOTIMPL; }
     STDMETHODIMP AddPropertyConstraint(REFPROPERTYKEY, const PROPVARIANT*, int) override { return E_NOTIMPL; }
-    STDMETHODIMP Execute(zx::IFunctionInstanceCollection** collection) override {
-        AddRef();
-        *collection = this;
-        return FakeFunctionDiscovery::Current().executeResult;
-    }
-
-    // IFunctionInstanceCollection
-    STDMETHODIMP GetCount(DWORD* count) override {
-        *count = static_cast<DWORD>(FakeFunctionDiscovery::Current().instances.size());
-        return S_OK;
-    }
     STDMETHODIMP Get(const WCHAR*, DWORD*, zx::IFunctionInstance**) override { return E_NOTIMPL; }
-    STDMETHODIMP Item(DWORD index, zx::IFunctionInstance** instance) override {
-        FakeFunctionDiscovery& fake = FakeFunctionDiscovery::Current();
-        fake.itemsAsked.push_back(index);
-        if (index >= fake.instances.size()) return E_INVALIDARG;
-        *instance = new Instance(fake.instances[index]);
-        return S_OK;
-    }
     STDMETHODIMP Add(zx::IFunctionInstance*) override { return E_NOTIMPL; }
     STDMETHODIMP Remove(DWORD, zx::IFunctionInstance**) override { return E_NOTIMPL; }
     STDMETHODIMP Delete(DWORD) override { return E_NOTIMPL; }
     STDMETHODIMP DeleteAll() override { return E_NOTIMPL; }
 };
 
-HRESULT CreateFakeDiscovery(zx::IFunctionDiscovery** discovery) {
-    *discovery = nullptr;
-    const HRESULT result = FakeFunctionDiscovery::Current().createResult;
-    if (SUCCEEDED(result)) *discovery = new Discovery();
-    return result;
+HRESULT CreateDiscovery(zx::IFunctionDiscovery** discovery) {
+    *discovery = SUCCEEDED(g_discovery->createResult) ? new Discovery() : nullptr;
+    return g_discovery->createResult;
 }
 
 }  // namespace
 
-FakeProperty ServiceAddressProperty(std::vector<std::wstring> addresses) {
-    return {kServiceAddressKey, VT_VECTOR | VT_LPWSTR, std::move(addresses)};
+long FakeFunctionDiscovery::liveObjects = 0;
+
+FakeProperty ServiceAddress(std::vector<std::wstring> addresses) {
+    constexpr PROPERTYKEY key = {{0x656a3bb3, 0xecc0, 0x43fd, {0x84, 0x77, 0x4a, 0xe0, 0x40, 0x4a, 0x96, 0xcd}}, 16384};
+    return {key, VT_VECTOR | VT_LPWSTR, std::move(addresses)};
 }
 
-FakeProperty PrinterPortProperty(const std::wstring& port) { return {kPrinterPortKey, VT_LPWSTR, {port}}; }
+FakeProperty PrinterPort(const std::wstring& port) {
+    constexpr PROPERTYKEY key = {{0xf01fac5d, 0xe5f6, 0x485f, {0xa8, 0xc6, 0x27, 0x44, 0x64, 0x25, 0x99, 0x8c}}, 2};
+    return {key, VT_LPWSTR, {port}};
+}
 
 FakeFunctionDiscovery::FakeFunctionDiscovery() {
-    if (g_current != nullptr) throw std::logic_error("one fake Function Discovery at a time");
-    g_current = this;
+    g_discovery = this;
     zx::DevicePlatform table = zx::Platform();
-    table.createFunctionDiscovery = CreateFakeDiscovery;
+    table.createFunctionDiscovery = CreateDiscovery;
     m_previous = zx::ReplacePlatform(table);
 }
 
 FakeFunctionDiscovery::~FakeFunctionDiscovery() {
     zx::ReplacePlatform(m_previous);
-    g_current = nullptr;
+    g_discovery = nullptr;
 }
-
-FakeFunctionDiscovery& FakeFunctionDiscovery::Current() { return *g_current; }
-
-long FakeFunctionDiscovery::LiveObjects() { return g_liveObjects; }
 
 }  // namespace zxtest

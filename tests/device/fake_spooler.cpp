@@ -1,178 +1,84 @@
 #include "tests/device/fake_spooler.h"
 
 #include <cstring>
-#include <stdexcept>
 
 namespace zxtest {
 namespace {
 
-FakeSpooler* g_current = nullptr;
+FakeSpooler* g_spooler = nullptr;
+uintptr_t g_nextHandle = 0x1000;
+HANDLE g_transceiver = reinterpret_cast<HANDLE>(0xC0DE);
 
-// Lays out a spooler block: fixed records first, their strings after them. Measures only when
+HANDLE NewHandle(ACCESS_MASK access) {
+    const HANDLE handle = reinterpret_cast<HANDLE>(g_nextHandle += 4);
+    Spooler().handles[handle] = access;
+    return handle;
+}
+
+bool IsPrinter(HANDLE handle) { return Spooler().handles.count(handle) == 1; }
+
+// Lays out a spooler block: fixed records first, their strings after them; measures only when
 // the caller's buffer is too small.
 class BlockWriter {
 public:
     BlockWriter(BYTE* buffer, DWORD size, size_t fixedSize) : m_buffer(buffer), m_size(size), m_used(fixedSize) {}
     LPWSTR Add(const std::wstring& text) {
-        const size_t bytes = (text.size() + 1) * sizeof(wchar_t);
-        const size_t offset = m_used;
+        const size_t offset = m_used, bytes = (text.size() + 1) * sizeof(wchar_t);
         m_used += bytes;
-        if (!Fits()) return nullptr;
+        if (text.empty() || !Fits()) return nullptr;
         std::memcpy(m_buffer + offset, text.c_str(), bytes);
         return reinterpret_cast<LPWSTR>(m_buffer + offset);
     }
-    bool Fits() const { return m_buffer != nullptr && m_used <= m_size; }
-    DWORD Needed() const { return static_cast<DWORD>(m_used); }
-
-private:
-    BYTE* m_buffer;
-    size_t m_size;
-    size_t m_used;
-};
-
-template <typename Info>
-BOOL FinishBlock(const BlockWriter& writer, const Info* records, size_t count, LPBYTE buffer, LPDWORD needed) {
-    *needed = writer.Needed();
-    if (!writer.Fits()) {
-        ::SetLastError(ERROR_INSUFFICIENT_BUFFER);
-        return FALSE;
-    }
-    std::memcpy(buffer, records, count * sizeof(Info));
-    return TRUE;
-}
-
-BOOL WINAPI TableOpenPrinter(LPWSTR name, LPHANDLE handle, LPPRINTER_DEFAULTSW defaults) {
-    return FakeSpooler::Current().Open(name, handle, defaults);
-}
-BOOL WINAPI TableClosePrinter(HANDLE handle) { return FakeSpooler::Current().Close(handle); }
-BOOL WINAPI TableGetPrinter(HANDLE handle, DWORD level, LPBYTE buffer, DWORD size, LPDWORD needed) {
-    return FakeSpooler::Current().GetPrinterInfo(handle, level, buffer, size, needed);
-}
-BOOL WINAPI TableGetPrinterDriver(HANDLE handle, LPWSTR, DWORD level, LPBYTE buffer, DWORD size, LPDWORD needed) {
-    return FakeSpooler::Current().GetDriverInfo(handle, level, buffer, size, needed);
-}
-DWORD WINAPI TableGetPrinterData(HANDLE handle, LPWSTR name, LPDWORD type, LPBYTE buffer, DWORD size,
-                                 LPDWORD needed) {
-    return FakeSpooler::Current().GetData(handle, name, type, buffer, size, needed);
-}
-DWORD WINAPI TableSetPrinterDataEx(HANDLE handle, LPCWSTR key, LPCWSTR name, DWORD type, LPBYTE data, DWORD size) {
-    return FakeSpooler::Current().SetDataEx(handle, key, name, type, data, size);
-}
-BOOL WINAPI TableEnumPorts(LPWSTR, DWORD level, LPBYTE buffer, DWORD size, LPDWORD needed, LPDWORD returned) {
-    return FakeSpooler::Current().EnumPortList(level, buffer, size, needed, returned);
-}
-BOOL WINAPI TableXcvData(HANDLE handle, PCWSTR command, PBYTE, DWORD, PBYTE output, DWORD outputSize, PDWORD needed,
-                         PDWORD status) {
-    return FakeSpooler::Current().XcvData(handle, command, output, outputSize, needed, status);
-}
-BOOL WINAPI TableGetVersionEx(LPOSVERSIONINFOW version) {
-    version->dwMajorVersion = FakeSpooler::Current().majorVersion;
-    version->dwMinorVersion = 0;
-    return TRUE;
-}
-
-}  // namespace
-
-FakeSpooler::FakeSpooler() {
-    if (g_current != nullptr) throw std::logic_error("one fake spooler at a time");
-    g_current = this;
-    zx::DevicePlatform table = zx::RealPlatform();
-    table.openPrinter = TableOpenPrinter;
-    table.closePrinter = TableClosePrinter;
-    table.getPrinter = TableGetPrinter;
-    table.getPrinterDriver = TableGetPrinterDriver;
-    table.getPrinterData = TableGetPrinterData;
-    table.setPrinterDataEx = TableSetPrinterDataEx;
-    table.enumPorts = TableEnumPorts;
-    table.xcvData = TableXcvData;
-    table.getVersionEx = TableGetVersionEx;
-    m_previous = zx::ReplacePlatform(table);
-}
-
-FakeSpooler::~FakeSpooler() {
-    zx::ReplacePlatform(m_previous);
-    g_current = nullptr;
-}
-
-FakeSpooler& FakeSpooler::Current() { return *g_current; }
-
-FakePrinter& FakeSpooler::AddPrinter(const std::wstring& name) {
-    FakePrinter& printer = m_printers[name];
-    printer.name = name;
-    return printer;
-}
-
-HANDLE FakeSpooler::NewHandle(OpenHandle state) {
-    const HANDLE handle = reinterpret_cast<HANDLE>(m_nextHandle += 4);
-    m_handles[handle] = std::move(state);
-    return handle;
-}
-
-HANDLE FakeSpooler::OpenRestricted(const std::wstring& name) { return NewHandle({name, PRINTER_ACCESS_USE}); }
-
-const FakeSpooler::OpenHandle* FakeSpooler::Find(HANDLE handle) const {
-    const auto found = m_handles.find(handle);
-    return found == m_handles.end() ? nullptr : &found->second;
-}
-
-FakePrinter* FakeSpooler::PrinterOf(HANDLE handle) {
-    const OpenHandle* state = Find(handle);
-    if (state == nullptr) return nullptr;
-    const auto found = m_printers.find(state->printer);
-    return found == m_printers.end() ? nullptr : &found->second;
-}
-
-BOOL FakeSpooler::Open(LPWSTR name, LPHANDLE handle, LPPRINTER_DEFAULTSW defaults) {
-    const std::wstring text = name ? name : L"";
-    openedNames.push_back(text);
-    constexpr wchar_t kXcvPort[] = L",XcvPort ";
-    if (text.rfind(kXcvPort, 0) == 0) {
-        *handle = NewHandle({L"", SERVER_ACCESS_ADMINISTER});
+    template <typename Info>
+    BOOL Finish(const Info* records, size_t count, LPDWORD needed) {
+        *needed = static_cast<DWORD>(m_used);
+        if (!Fits()) {
+            ::SetLastError(ERROR_INSUFFICIENT_BUFFER);
+            return FALSE;
+        }
+        std::memcpy(m_buffer, records, count * sizeof(Info));
         return TRUE;
     }
-    if (m_printers.count(text) == 0) {
-        ::SetLastError(ERROR_INVALID_PRINTER_NAME);
-        return FALSE;
-    }
-    *handle = NewHandle({text, defaults ? defaults->DesiredAccess : PRINTER_ACCESS_USE});
+
+private:
+    bool Fits() const { return m_buffer != nullptr && m_used <= m_size; }
+    BYTE* m_buffer;
+    size_t m_size, m_used;
+};
+
+BOOL WINAPI FakeOpenPrinter(LPWSTR name, LPHANDLE handle, LPPRINTER_DEFAULTSW defaults) {
+    const std::wstring text = name ? name : L"";
+    Spooler().openedNames.push_back(text);
+    if (text.rfind(L",XcvPort ", 0) == 0) return *handle = g_transceiver, TRUE;
+    if (text != L"P") return ::SetLastError(ERROR_INVALID_PRINTER_NAME), FALSE;
+    *handle = NewHandle(defaults ? defaults->DesiredAccess : PRINTER_ACCESS_USE);
     return TRUE;
 }
 
-BOOL FakeSpooler::Close(HANDLE handle) { return m_handles.erase(handle) == 1; }
+BOOL WINAPI FakeClosePrinter(HANDLE handle) { return handle == g_transceiver || Spooler().handles.erase(handle) == 1; }
 
-BOOL FakeSpooler::GetPrinterInfo(HANDLE handle, DWORD level, LPBYTE buffer, DWORD size, LPDWORD needed) {
-    const FakePrinter* printer = PrinterOf(handle);
-    if (printer == nullptr || level != 2) {
-        ::SetLastError(ERROR_INVALID_HANDLE);
-        return FALSE;
-    }
+BOOL WINAPI FakeGetPrinter(HANDLE handle, DWORD level, LPBYTE buffer, DWORD size, LPDWORD needed) {
+    if (!IsPrinter(handle) || level != 2) return ::SetLastError(ERROR_INVALID_HANDLE), FALSE;
     PRINTER_INFO_2W info{};
     BlockWriter writer(buffer, size, sizeof(info));
-    info.pPrinterName = writer.Add(printer->name);
-    info.pPortName = writer.Add(printer->portName);
-    if (!printer->driverName.empty()) info.pDriverName = writer.Add(printer->driverName);
-    return FinishBlock(writer, &info, 1, buffer, needed);
+    info.pPrinterName = writer.Add(L"P");
+    info.pPortName = writer.Add(Spooler().portName);
+    info.pDriverName = writer.Add(Spooler().driverName);
+    return writer.Finish(&info, 1, needed);
 }
 
-BOOL FakeSpooler::GetDriverInfo(HANDLE handle, DWORD level, LPBYTE buffer, DWORD size, LPDWORD needed) {
-    const FakePrinter* printer = PrinterOf(handle);
-    if (printer == nullptr || level != 2) {
-        ::SetLastError(ERROR_INVALID_HANDLE);
-        return FALSE;
-    }
+BOOL WINAPI FakeGetPrinterDriver(HANDLE handle, LPWSTR, DWORD level, LPBYTE buffer, DWORD size, LPDWORD needed) {
+    if (!IsPrinter(handle) || level != 2) return ::SetLastError(ERROR_INVALID_HANDLE), FALSE;
     DRIVER_INFO_2W info{};
     BlockWriter writer(buffer, size, sizeof(info));
-    info.cVersion = 3;
-    info.pName = writer.Add(printer->driverName);
-    info.pDriverPath = writer.Add(printer->driverPath);
-    return FinishBlock(writer, &info, 1, buffer, needed);
+    info.pDriverPath = writer.Add(Spooler().driverPath);
+    return writer.Finish(&info, 1, needed);
 }
 
-DWORD FakeSpooler::GetData(HANDLE handle, LPCWSTR name, LPDWORD type, LPBYTE buffer, DWORD size, LPDWORD needed) {
-    const FakePrinter* printer = PrinterOf(handle);
-    if (printer == nullptr) return ERROR_INVALID_HANDLE;
-    const auto found = printer->data.find(name);
-    if (found == printer->data.end()) return ERROR_FILE_NOT_FOUND;
+DWORD WINAPI FakeGetPrinterData(HANDLE handle, LPWSTR name, LPDWORD type, LPBYTE buffer, DWORD size, LPDWORD needed) {
+    if (!IsPrinter(handle)) return ERROR_INVALID_HANDLE;
+    const auto found = Spooler().data.find(name);
+    if (found == Spooler().data.end()) return ERROR_FILE_NOT_FOUND;
     const StoredValue& value = found->second;
     *type = value.type;
     *needed = value.claimedSize.value_or(static_cast<DWORD>(value.bytes.size()));
@@ -182,83 +88,98 @@ DWORD FakeSpooler::GetData(HANDLE handle, LPCWSTR name, LPDWORD type, LPBYTE buf
     return ERROR_SUCCESS;
 }
 
-DWORD FakeSpooler::SetDataEx(HANDLE handle, LPCWSTR key, LPCWSTR name, DWORD type, const BYTE* data, DWORD size) {
-    const OpenHandle* state = Find(handle);
-    FakePrinter* printer = PrinterOf(handle);
-    if (printer == nullptr) return ERROR_INVALID_HANDLE;
-    if (printer->refuseAllWrites || (state->access & PRINTER_ACCESS_ADMINISTER) == 0) {
-        refusedWrites.push_back(name);
+DWORD WINAPI FakeSetPrinterDataEx(HANDLE handle, LPCWSTR key, LPCWSTR name, DWORD type, LPBYTE data, DWORD size) {
+    if (!IsPrinter(handle) || std::wstring(key) != L"PrinterDriverData") return ERROR_INVALID_PARAMETER;
+    if (Spooler().refuseAllWrites || (Spooler().handles[handle] & PRINTER_ACCESS_ADMINISTER) == 0) {
+        Spooler().refusedWrites.push_back(name);
         return ERROR_ACCESS_DENIED;
     }
-    if (std::wstring(key) != L"PrinterDriverData") return ERROR_INVALID_PARAMETER;
-    printer->data[name] = StoredValue{type, std::vector<BYTE>(data, data + size), std::nullopt, false};
+    Spooler().data[name] = StoredValue{type, std::vector<BYTE>(data, data + size)};
     return ERROR_SUCCESS;
 }
 
-BOOL FakeSpooler::EnumPortList(DWORD level, LPBYTE buffer, DWORD size, LPDWORD needed, LPDWORD returned) {
-    ++enumPortsCalls;
-    *returned = 0;
-    if (level != 2) {
-        ::SetLastError(ERROR_INVALID_LEVEL);
-        return FALSE;
-    }
+BOOL WINAPI FakeEnumPorts(LPWSTR, DWORD level, LPBYTE buffer, DWORD size, LPDWORD needed, LPDWORD returned) {
+    const auto& ports = Spooler().ports;
     std::vector<PORT_INFO_2W> records(ports.size());
     BlockWriter writer(buffer, size, records.size() * sizeof(PORT_INFO_2W));
     for (size_t i = 0; i < ports.size(); ++i) {
-        records[i].pPortName = writer.Add(ports[i].name);
-        records[i].pDescription = writer.Add(ports[i].description);
+        records[i].pPortName = writer.Add(ports[i].first);
+        records[i].pDescription = writer.Add(ports[i].second);
     }
-    if (!FinishBlock(writer, records.data(), records.size(), buffer, needed)) return FALSE;
-    *returned = static_cast<DWORD>(records.size());
-    return TRUE;
+    *returned = level == 2 ? static_cast<DWORD>(records.size()) : 0;
+    return level == 2 && writer.Finish(records.data(), records.size(), needed);
 }
 
-BOOL FakeSpooler::XcvData(HANDLE handle, PCWSTR command, PBYTE output, DWORD outputSize, PDWORD needed,
-                          PDWORD status) {
-    XcvCall call{command, outputSize, L""};
-    if (output != nullptr && outputSize >= sizeof(zx::PortConfiguration)) {
-        const auto* config = reinterpret_cast<const zx::PortConfiguration*>(output);
-        call.prefilledPortName.assign(config->portName, ::wcsnlen(config->portName, 64));
-    }
-    xcvCalls.push_back(call);
-    if (Find(handle) == nullptr || xcvAnswers.empty()) return FALSE;
-    const XcvAnswer answer = xcvAnswers.front();
-    xcvAnswers.pop_front();
-    if (!answer.succeeds) return FALSE;
+BOOL WINAPI FakeXcvData(HANDLE handle, PCWSTR command, PBYTE, DWORD, PBYTE output, DWORD outputSize, PDWORD needed,
+                        PDWORD status) {
+    auto& spooler = Spooler();
+    spooler.xcvOutputSizes.push_back(outputSize);
+    const auto* config = reinterpret_cast<const zx::PortConfiguration*>(output);
+    spooler.xcvPortNames.emplace_back(config->portName, ::wcsnlen(config->portName, 64));
+    if (handle != g_transceiver || std::wstring(command) != L"GetConfigInfo" || spooler.xcvAnswers.empty())
+        return FALSE;
+    const XcvAnswer answer = spooler.xcvAnswers.front();
+    spooler.xcvAnswers.pop_front();
     *status = answer.status;
     *needed = answer.needed;
-    if (answer.status == ERROR_SUCCESS && output != nullptr) {
-        std::memcpy(output, &answer.config, outputSize < sizeof(answer.config) ? outputSize : sizeof(answer.config));
-    }
+    if (answer.status == ERROR_SUCCESS) std::memcpy(output, &answer.config, std::min<size_t>(outputSize, 964));
+    return answer.succeeds;
+}
+
+BOOL WINAPI FakeGetVersionEx(LPOSVERSIONINFOW version) {
+    version->dwMajorVersion = Spooler().majorVersion;
     return TRUE;
 }
 
-StoredValue NumberValue(DWORD number) {
-    const BYTE* bytes = reinterpret_cast<const BYTE*>(&number);
-    return StoredValue{REG_DWORD, std::vector<BYTE>(bytes, bytes + sizeof(number)), std::nullopt, false};
+}  // namespace
+
+FakeSpooler& Spooler() { return *g_spooler; }
+
+FakeSpooler::FakeSpooler() {
+    g_spooler = this;
+    zx::DevicePlatform table = zx::RealPlatform();
+    table.openPrinter = FakeOpenPrinter;
+    table.closePrinter = FakeClosePrinter;
+    table.getPrinter = FakeGetPrinter;
+    table.getPrinterDriver = FakeGetPrinterDriver;
+    table.getPrinterData = FakeGetPrinterData;
+    table.setPrinterDataEx = FakeSetPrinterDataEx;
+    table.enumPorts = FakeEnumPorts;
+    table.xcvData = FakeXcvData;
+    table.getVersionEx = FakeGetVersionEx;
+    m_previous = zx::ReplacePlatform(table);
 }
 
-StoredValue TextValue(const std::wstring& text, bool withTerminator) {
-    const BYTE* bytes = reinterpret_cast<const BYTE*>(text.c_str());
-    const size_t size = (text.size() + (withTerminator ? 1 : 0)) * sizeof(wchar_t);
-    return StoredValue{REG_SZ, std::vector<BYTE>(bytes, bytes + size), std::nullopt, false};
+FakeSpooler::~FakeSpooler() {
+    zx::ReplacePlatform(m_previous);
+    g_spooler = nullptr;
 }
 
-std::optional<DWORD> StoredNumber(const FakePrinter& printer, const std::wstring& name) {
-    const auto found = printer.data.find(name);
-    if (found == printer.data.end() || found->second.type != REG_DWORD || found->second.bytes.size() != 4) {
-        return std::nullopt;
-    }
+HANDLE FakeSpooler::OpenRestricted() { return NewHandle(PRINTER_ACCESS_USE); }
+
+std::optional<DWORD> FakeSpooler::Number(const std::wstring& name) const {
+    const auto found = data.find(name);
+    if (found == data.end() || found->second.type != REG_DWORD || found->second.bytes.size() != 4) return std::nullopt;
     DWORD number = 0;
     std::memcpy(&number, found->second.bytes.data(), sizeof(number));
     return number;
 }
 
-std::optional<std::wstring> StoredText(const FakePrinter& printer, const std::wstring& name) {
-    const auto found = printer.data.find(name);
-    if (found == printer.data.end() || found->second.type != REG_SZ) return std::nullopt;
+std::optional<std::wstring> FakeSpooler::Text(const std::wstring& name) const {
+    const auto found = data.find(name);
+    if (found == data.end() || found->second.type != REG_SZ) return std::nullopt;
     const auto& bytes = found->second.bytes;
     return std::wstring(reinterpret_cast<const wchar_t*>(bytes.data()), bytes.size() / sizeof(wchar_t));
+}
+
+StoredValue NumberValue(DWORD number) {
+    const BYTE* bytes = reinterpret_cast<const BYTE*>(&number);
+    return StoredValue{REG_DWORD, std::vector<BYTE>(bytes, bytes + sizeof(number))};
+}
+
+StoredValue TextValue(const std::wstring& text, bool withTerminator) {
+    const BYTE* bytes = reinterpret_cast<const BYTE*>(text.c_str());
+    return StoredValue{REG_SZ, std::vector<BYTE>(bytes, bytes + (text.size() + withTerminator) * sizeof(wchar_t))};
 }
 
 }  // namespace zxtest
