@@ -38,6 +38,8 @@ DevicePlatform ReplacePlatform(const DevicePlatform& platform) noexcept;
 
 #include "util/scoped.h"
 
+#include <cwchar>
+#include <string_view>
 #include <vector>
 
 namespace zx {
@@ -63,6 +65,15 @@ std::vector<BYTE> QuerySpoolerBlock(Call&& call, size_t minimumSize) {
     std::vector<BYTE> block(needed < minimumSize ? minimumSize : needed);
     if (!call(block.data(), needed, &needed)) return {};
     return block;
+}
+
+// A text that a spooler block points to, read no further than the block's end; empty when the
+// pointer is null or outside the block.
+inline std::wstring_view TextInBlock(const std::vector<BYTE>& block, const wchar_t* text) {
+    const auto* at = reinterpret_cast<const BYTE*>(text);
+    if (text == nullptr || at < block.data() || at >= block.data() + block.size()) return {};
+    const size_t room = static_cast<size_t>(block.data() + block.size() - at) / sizeof(wchar_t);
+    return std::wstring_view(text, ::wcsnlen(text, room));
 }
 
 }  // namespace zx

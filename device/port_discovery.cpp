@@ -101,6 +101,7 @@ bool ClassifyPort(VPrinterAccess& printer) {
 }
 
 std::wstring GetPortDescription(const std::wstring& portName) {
+    if (portName.empty()) return {};
     DWORD count = 0;
     const std::vector<BYTE> block = QuerySpoolerBlock(
         [&count](BYTE* buffer, DWORD size, DWORD* needed) {
@@ -110,8 +111,8 @@ std::wstring GetPortDescription(const std::wstring& portName) {
     if (block.empty() || count > block.size() / sizeof(PORT_INFO_2W)) return {};
     const auto* ports = reinterpret_cast<const PORT_INFO_2W*>(block.data());
     for (DWORD i = count; i-- > 0;) {
-        if (ports[i].pPortName == nullptr || portName != ports[i].pPortName) continue;
-        return ports[i].pDescription ? ports[i].pDescription : L"";
+        if (TextInBlock(block, ports[i].pPortName) == portName)
+            return std::wstring(TextInBlock(block, ports[i].pDescription));
     }
     return {};
 }

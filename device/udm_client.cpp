@@ -86,9 +86,8 @@ std::wstring VUDMClient::GetDriverDirectory() {
         },
         sizeof(DRIVER_INFO_2W));
     if (block.empty()) return {};
-    const wchar_t* driverPath = reinterpret_cast<const DRIVER_INFO_2W*>(block.data())->pDriverPath;
-    if (driverPath == nullptr) return {};
-    const std::wstring_view path(driverPath);
+    const std::wstring_view path =
+        zx::TextInBlock(block, reinterpret_cast<const DRIVER_INFO_2W*>(block.data())->pDriverPath);
     const size_t slash = path.find_last_of(L'\\');
     // The directory has to fit a path buffer of MAX_PATH characters with its terminator.
     if (slash == std::wstring_view::npos || slash + 1 >= MAX_PATH) return {};

@@ -5,6 +5,7 @@
 #include "tests/device/device_bed.h"
 #include "tests/device/fake_spooler.h"
 #include "tests/support/fake_core_helper.h"
+#include "tests/support/plugin_module.h"
 
 #include <gtest/gtest.h>
 
@@ -195,8 +196,8 @@ TEST_F(AccessoryTest, EachPortKindAddressesTheDeviceItsWay) {
         std::wstring path;
         if (!client->CreateDeviceAddress(address)) return std::wstring(L"none");
         client->CreateDataCollection(address.get(), collection.GetAddressOf(), path);
-        zx::unique_variant source;
-        collection->GetValue(kSimAddressItem, source.put());
+        zx::unique_variant source;  // GetValue is the collection's sixth slot
+        CallSlot<HRESULT>(collection.Get(), 5, kSimAddressItem, source.put());
         return std::wstring((*source).bstrVal);
     };
     EXPECT_EQ(L"port:USB001", addressSource());
