@@ -1,0 +1,20 @@
+// Names the application that prints and records it in the PrintTicket's private feature
+// ns0000:JobZXApplicationTracking, so that the printer can tell which program a job came from.
+#pragma once
+
+#include "printschema/string_buffer.h"
+
+class VPrintTicketHandler;
+
+// The longest application name recorded; longer file descriptions are cut.
+inline constexpr size_t kMaxApplicationName = 259;
+
+// The name of the printing application as the ticket records it: from the spooler's client for
+// the print host of 32-bit applications, from the loaded modules or command line for a few known
+// hosts, otherwise from the executable's file description; "Unknown" when nothing tells. Spaces
+// become underscores. Throws VUtilException or std::bad_alloc only when memory runs out.
+VStringBuffer DetectPrintingApplication();
+
+// When the ticket carries ns0000:JobZXApplicationTracking, replaces it by one whose single option
+// is ns0000: + the application name. Failures leave the ticket as it is; nothing is thrown.
+void RecordPrintingApplication(VPrintTicketHandler& ticket) noexcept;

@@ -1,0 +1,275 @@
+#include "printschema/ticket_handler.h"
+
+#include "printschema/print_schema_names.h"
+#include "printschema/query_builder.h"
+#include "util/result.h"
+
+#include <cerrno>
+#include <climits>
+#include <cwchar>
+#include <cwctype>
+
+using namespace PrintSchema;
+
+namespace {
+
+// The plug-in's own parameters, named with the private prefix; all others are standard ones.
+constexpr const wchar_t* kPrivateParameters[] = {
+    L"PageWatermarkSizeWidth",
+    L"PageWatermarkSizeHeight",
+    L"DocumentNUpPageBorderWidth",
+    L"DocumentBindingBookletBorderWidth",
+};
+
+bool IsPrivateParameter(const wchar_t* name) {
+    for (const wchar_t* privateName : kPrivateParameters) {
+        if (std::wcscmp(name, privateName) == 0) return true;
+    }
+    return false;
+}
+
+bool RemoveFirstOccurrence(VStringBuffer& text, const wchar_t* part) {
+    const size_t position = text.Find(part);
+    if (position == VStringBuffer::npos) return false;
+    text.Erase(position, std::wcslen(part));
+    return true;
+}
+
+HRESULT ParseInt32(const wchar_t* text, INT32* value) {
+    ZX_RETURN_HR_IF_NULL(E_INVALIDARG, text);
+    wchar_t* end = nullptr;
+    errno = 0;
+    const long parsed = std::wcstol(text, &end, 10);
+    while (end != text && std::iswspace(*end)) ++end;
+    ZX_RETURN_HR_IF(E_INVALIDARG, end == text || *end != L'\0' || errno == ERANGE);
+    ZX_RETURN_HR_IF(E_INVALIDARG, parsed < INT32_MIN || parsed > INT32_MAX);
+    *value = static_cast<INT32>(parsed);
+    return S_OK;
+}
+
+}  // namespace
+
+VPrintTicketHandler::VPrintTicketHandler(IXMLDOMDocument2* ticket) : VPrintSchemaHandler(Vocabulary::PrintTicket, ticket) {}
+
+VPrintCapabilityHandler::VPrintCapabilityHandler(IXMLDOMDocument2* capabilities)
+    : VPrintSchemaHandler(Vocabulary::PrintCapabilities, capabilities) {}
+
+HRESULT VPrintTicketHandler::AppendToRoot(const wchar_t* rootName, IXMLDOMNode* child) {
+    ZX_RETURN_HR_IF(E_INVALIDARG, IsEmpty(rootName) || child == nullptr);
+    const zx::unique_bstr query = Join(FrameworkPrefix(), rootName);
+    zx::ComPtr<IXMLDOMNode> root;
+    const HRESULT hr = SelectSingleNode(query.get(), &root);
+    if (hr != S_OK) return NotFoundIfNothing(hr);
+    zx::ComPtr<IXMLDOMNode> appended;
+    return root->appendChild(child, &appended);
+}
+
+HRESULT VPrintTicketHandler::CreateNamedFeature(const wchar_t* featurePrefix, const wchar_t* featureName,
+                                                const wchar_t* optionPrefix, const wchar_t* optionName,
+                                                IXMLDOMElement** feature, IXMLDOMElement** option) {
+    ZX_RETURN_HR_IF(E_POINTER, feature == nullptr || option == nullptr);
+    *feature = nullptr;
+    *option = nullptr;
+    ZX_RETURN_HR_IF(E_INVALIDARG, IsEmpty(featureName) || (optionName != nullptr && *optionName == L'\0'));
+    const zx::unique_bstr featureFullName = Join(featurePrefix, featureName);
+    zx::unique_bstr optionFullName;
+    if (optionName != nullptr) optionFullName = Join(optionPrefix, optionName);
+
+    zx::ComPtr<IXMLDOMElement> newFeature;
+    ZX_RETURN_IF_FAILED(CreateNamedElement(Vocabulary::Feature, featureFullName.get(), &newFeature));
+    zx::ComPtr<IXMLDOMElement> newOption;
+    ZX_RETURN_IF_FAILED(CreateNamedElement(Vocabulary::Option, optionFullName.get(), &newOption));
+    zx::ComPtr<IXMLDOMNode> appended;
+    ZX_RETURN_IF_FAILED(newFeature->appendChild(newOption.Get(), &appended));
+    *feature = newFeature.Detach();
+    *option = newOption.Detach();
+    return S_OK;
+}
+
+HRESULT VPrintTicketHandler::CreateFeature(const wchar_t* featureName, IXMLDOMElement** feature,
+                                           IXMLDOMElement** option) {
+    return CreateNamedFeature(KeywordsPrefix(), featureName, nullptr, nullptr, feature, option);
+}
+
+HRESULT VPrintTicketHandler::CreateFeatureOption(const wchar_t* featureName, const wchar_t* optionName,
+                                                 IXMLDOMElement** feature, IXMLDOMElement** option) {
+    return CreateFeatureOptionPrefixed(featureName, optionName, feature, option, KeywordsPrefix());
+}
+
+HRESULT VPrintTicketHandler::CreateFeatureOptionPrefixed(const wchar_t* featureName, const wchar_t* optionName,
+                                                         IXMLDOMElement** feature, IXMLDOMElement** option,
+                                                         const wchar_t* optionPrefix) {
+    ZX_RETURN_HR_IF_NULL(E_INVALIDARG, optionName);
+    return CreateNamedFeature(KeywordsPrefix(), featureName, optionPrefix, optionName, feature, option);
+}
+
+HRESULT VPrintTicketHandler::CreatePrefixedFeatureOption(const wchar_t* featureName, const wchar_t* optionName,
+                                                         IXMLDOMElement** feature, IXMLDOMElement** option,
+                                                         const wchar_t* featurePrefix, const wchar_t* optionPrefix) {
+    ZX_RETURN_HR_IF_NULL(E_INVALIDARG, optionName);
+    const HRESULT hr = CreateNamedFeature(featurePrefix, featureName, optionPrefix, optionName, feature, option);
+    if (SUCCEEDED(hr)) ::OutputDebugStringW(L"appendChild succeeded..\n");
+    return hr;
+}
+
+HRESULT VPrintTicketHandler::CreateParameter(const wchar_t* parameterName, const wchar_t* type, const wchar_t* value,
+                                             IXMLDOMElement** parameterRef, IXMLDOMElement** parameterInit) {
+    ZX_RETURN_HR_IF(E_POINTER, parameterRef == nullptr || parameterInit == nullptr);
+    *parameterRef = nullptr;
+    *parameterInit = nullptr;
+    ZX_RETURN_HR_IF(E_INVALIDARG, IsEmpty(parameterName) || IsEmpty(type) || IsEmpty(value));
+    const wchar_t* prefix = IsPrivateParameter(parameterName) ? PrivatePrefix() : KeywordsPrefix();
+    const zx::unique_bstr fullName = Join(prefix, parameterName);
+
+    zx::ComPtr<IXMLDOMElement> reference;
+    ZX_RETURN_IF_FAILED(CreateNamedElement(Vocabulary::ParameterRef, fullName.get(), &reference));
+    zx::ComPtr<IXMLDOMElement> initialiser;
+    ZX_RETURN_IF_FAILED(CreateNamedElement(Vocabulary::ParameterInit, fullName.get(), &initialiser));
+    ZX_RETURN_IF_FAILED(AppendTypedValue(initialiser.Get(), type, value));
+    *parameterRef = reference.Detach();
+    *parameterInit = initialiser.Detach();
+    return S_OK;
+}
+
+HRESULT VPrintTicketHandler::CreateIntegerParameter(const wchar_t* parameterName, INT32 value,
+                                                    IXMLDOMElement** parameterRef, IXMLDOMElement** parameterInit) {
+    VStringBuffer text;
+    text.AppendFormat(L"%i", value);
+    return CreateParameter(parameterName, Vocabulary::Integer, text.c_str(), parameterRef, parameterInit);
+}
+
+HRESULT VPrintTicketHandler::SelectFirst(const VPrintTicketQueryBuilder& query, IXMLDOMNode** node) {
+    zx::unique_bstr xpath;
+    ZX_RETURN_IF_FAILED(query.GetQuery(xpath.put()));
+    return NotFoundIfNothing(SelectSingleNode(xpath.get(), node));
+}
+
+HRESULT VPrintTicketHandler::FindFeature(const wchar_t* featureName, IXMLDOMNode** node) {
+    return FindPrefixedFeature(featureName, FrameworkPrefix(), KeywordsPrefix(), node);
+}
+
+HRESULT VPrintTicketHandler::FindPrefixedFeature(const wchar_t* featureName, const wchar_t* frameworkPrefix,
+                                                 const wchar_t* namePrefix, IXMLDOMNode** node) {
+    if (node != nullptr) *node = nullptr;
+    VPrintTicketQueryBuilder query(frameworkPrefix);
+    ZX_RETURN_IF_FAILED(query.AddFeature(namePrefix, featureName));
+    zx::ComPtr<IXMLDOMNode> found;
+    ZX_RETURN_IF_FAILED(SelectFirst(query, &found));
+    if (node != nullptr) *node = found.Detach();
+    return S_OK;
+}
+
+HRESULT VPrintTicketHandler::DeleteFeature(const wchar_t* featureName) {
+    return DeletePrefixedFeature(featureName, KeywordsPrefix());
+}
+
+// Each pass removes the first match from the document, so the loop ends when none is left.
+HRESULT VPrintTicketHandler::DeletePrefixedFeature(const wchar_t* featureName, const wchar_t* namePrefix) {
+    VPrintTicketQueryBuilder query(FrameworkPrefix());
+    ZX_RETURN_IF_FAILED(query.AddFeature(namePrefix, featureName));
+    for (;;) {
+        zx::ComPtr<IXMLDOMNode> feature;
+        const HRESULT hr = SelectFirst(query, &feature);
+        if (hr == HRESULT_FROM_WIN32(ERROR_NOT_FOUND)) return S_OK;
+        ZX_RETURN_IF_FAILED(hr);
+        ZX_RETURN_IF_FAILED(RemoveNode(feature.Get()));
+    }
+}
+
+HRESULT VPrintTicketHandler::SelectOption(const wchar_t* namePrefix, const wchar_t* featureName,
+                                          const wchar_t* subFeatureName, IXMLDOMNode** option) {
+    VPrintTicketQueryBuilder query(FrameworkPrefix());
+    ZX_RETURN_IF_FAILED(query.AddFeature(namePrefix, featureName));
+    if (subFeatureName != nullptr) ZX_RETURN_IF_FAILED(query.AddFeature(KeywordsPrefix(), subFeatureName));
+    ZX_RETURN_IF_FAILED(query.AddOptionValue(KeywordsPrefix()));
+    return SelectFirst(query, option);
+}
+
+// Only a text that has something to strip is stripped: a document without a keywords prefix, or
+// an empty option name, is read as it stands.
+HRESULT VPrintTicketHandler::StripKeywordPrefixIfAny(zx::unique_bstr& text) {
+    if (!text || IsEmpty(KeywordsPrefix())) return S_OK;
+    BSTR owned = text.release();
+    const HRESULT hr = StripKeywordPrefix(&owned);
+    text.reset(owned);
+    return hr;
+}
+
+HRESULT VPrintTicketHandler::GetSelectedOption(const wchar_t* featureName, BSTR* option) {
+    return GetPrefixedSelectedOption(featureName, option, KeywordsPrefix());
+}
+
+HRESULT VPrintTicketHandler::GetPrefixedSelectedOption(const wchar_t* featureName, BSTR* option,
+                                                       const wchar_t* namePrefix) {
+    ZX_RETURN_HR_IF_NULL(E_POINTER, option);
+    *option = nullptr;
+    zx::ComPtr<IXMLDOMNode> selected;
+    ZX_RETURN_IF_FAILED(SelectOption(namePrefix, featureName, nullptr, &selected));
+    zx::unique_bstr name;
+    HRESULT hr = GetAttributeText(selected.Get(), Vocabulary::Name, name.put());
+    // An OptionName Value has no name attribute: its content is the option's name.
+    if (hr == S_FALSE) hr = TypedValueText(selected.Get(), name.put());
+    ZX_RETURN_IF_FAILED(hr);
+    ZX_RETURN_IF_FAILED(StripKeywordPrefixIfAny(name));
+    *option = name.release();
+    return S_OK;
+}
+
+HRESULT VPrintTicketHandler::GetSubFeatureOption(const wchar_t* featureName, const wchar_t* subFeatureName,
+                                                 BSTR* option) {
+    ZX_RETURN_HR_IF_NULL(E_POINTER, option);
+    *option = nullptr;
+    ZX_RETURN_HR_IF(E_INVALIDARG, IsEmpty(subFeatureName));
+    zx::ComPtr<IXMLDOMNode> selected;
+    ZX_RETURN_IF_FAILED(SelectOption(KeywordsPrefix(), featureName, subFeatureName, &selected));
+    zx::unique_bstr name;
+    ZX_RETURN_IF_FAILED(NotFoundIfNothing(GetAttributeText(selected.Get(), Vocabulary::Name, name.put())));
+    ZX_RETURN_IF_FAILED(StripKeywordPrefixIfAny(name));
+    *option = name.release();
+    return S_OK;
+}
+
+HRESULT VPrintTicketHandler::SetSelectedOption(const wchar_t* featureName, const wchar_t* option) {
+    ZX_RETURN_HR_IF(E_INVALIDARG, IsEmpty(option));
+    zx::ComPtr<IXMLDOMNode> selected;
+    ZX_RETURN_IF_FAILED(SelectOption(KeywordsPrefix(), featureName, nullptr, &selected));
+    return NotFoundIfNothing(SetAttributeText(selected.Get(), Vocabulary::Name, option));
+}
+
+HRESULT VPrintTicketHandler::GetScoredPropertyText(const wchar_t* featureName, const wchar_t* propertyName,
+                                                   BSTR* text) {
+    ZX_RETURN_HR_IF_NULL(E_POINTER, text);
+    *text = nullptr;
+    VPrintTicketQueryBuilder query(FrameworkPrefix());
+    ZX_RETURN_IF_FAILED(query.AddFeature(KeywordsPrefix(), featureName));
+    ZX_RETURN_IF_FAILED(query.AddScoredProperty(KeywordsPrefix(), propertyName));
+    zx::unique_bstr xpath;
+    ZX_RETURN_IF_FAILED(query.GetQuery(xpath.put()));
+    return GetValueText(xpath.get(), text);
+}
+
+HRESULT VPrintTicketHandler::GetScoredPropertyInt(const wchar_t* featureName, const wchar_t* propertyName,
+                                                  INT32* value) {
+    ZX_RETURN_HR_IF_NULL(E_POINTER, value);
+    zx::unique_bstr text;
+    ZX_RETURN_IF_FAILED(GetScoredPropertyText(featureName, propertyName, text.put()));
+    return ParseInt32(text.get(), value);
+}
+
+HRESULT VPrintTicketHandler::StripKeywordPrefix(BSTR* text) {
+    ZX_RETURN_HR_IF_NULL(E_POINTER, text);
+    ZX_RETURN_HR_IF(E_INVALIDARG, ::SysStringLen(*text) == 0 || IsEmpty(KeywordsPrefix()));
+    VStringBuffer stripped(*text);
+    if (!RemoveFirstOccurrence(stripped, KeywordsPrefix())) return S_OK;
+    zx::unique_bstr replacement = stripped.ToBstr();
+    ::SysFreeString(*text);
+    *text = replacement.release();
+    return S_OK;
+}
+
+HRESULT VPrintTicketHandler::RemovePrefix(zx::unique_bstr text, const wchar_t* prefix, VStringBuffer& result) {
+    result.Clear();
+    result.Append(text.get());
+    RemoveFirstOccurrence(result, prefix);
+    return S_OK;
+}

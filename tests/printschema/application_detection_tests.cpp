@@ -1,0 +1,177 @@
+// Application detection with the process-inspection table replaced by a stand-in host, and file
+// descriptions read from the version resources of real programs built beside the tests.
+#include "printschema/application_detection.h"
+#include "printschema/host_process.h"
+#include "printschema/ticket_handler.h"
+#include "tests/printschema/dom_support.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cwchar>
+#include <string>
+#include <vector>
+
+using namespace zxtest;
+
+namespace {
+
+constexpr DWORD kOwnId = 77;
+constexpr DWORD kClientId = 4242;
+const HANDLE kClientHandle = reinterpret_cast<HANDLE>(0xc11e);
+
+// What the stand-in host answers, and what the detection asked of it.
+struct StandInHost {
+    std::wstring executable;
+    std::wstring commandLine = L"host.exe";
+    std::vector<std::wstring> modules;
+    BOOL spoolerAnswers = TRUE;
+    DWORD clientId = kClientId;
+    std::wstring clientExecutable;
+    bool opens = true;
+    std::vector<std::pair<DWORD, DWORD>> opened;  // access, process id
+    int closed = 0;
+    int pathReads = 0;
+};
+StandInHost g_host;
+
+DWORD CopyPath(const std::wstring& path, LPWSTR buffer, DWORD capacity) {
+    const DWORD length = static_cast<DWORD>(std::min<size_t>(path.size(), capacity - 1));
+    std::wmemcpy(buffer, path.c_str(), length);
+    buffer[length] = L'\0';
+    return length;
+}
+
+const ProcessInspection kStandIn = {
+    [](HMODULE, LPWSTR path, DWORD capacity) { return ++g_host.pathReads, CopyPath(g_host.executable, path, capacity); },
+    [](DWORD access, BOOL, DWORD id) {
+        g_host.opened.emplace_back(access, id);
+        return g_host.opens ? (id == kClientId ? kClientHandle : reinterpret_cast<HANDLE>(0x5e1f)) : nullptr;
+    },
+    [](HANDLE) { return ++g_host.closed, TRUE; },
+    []() { return kOwnId; },
+    [](HANDLE, HMODULE* modules, DWORD capacityBytes, LPDWORD neededBytes) {
+        for (size_t index = 0; index < std::min<size_t>(g_host.modules.size(), capacityBytes / sizeof(HMODULE)); ++index) {
+            modules[index] = reinterpret_cast<HMODULE>(index + 1);
+        }
+        *neededBytes = static_cast<DWORD>(g_host.modules.size() * sizeof(HMODULE));
+        return TRUE;
+    },
+    [](HANDLE process, HMODULE module, LPWSTR path, DWORD capacity) {
+        if (process == kClientHandle && module == nullptr) return CopyPath(g_host.clientExecutable, path, capacity);
+        return CopyPath(g_host.modules.at(reinterpret_cast<size_t>(module) - 1), path, capacity);
+    },
+    []() { return g_host.commandLine.data(); },
+    [](PrintExecutionData* data) {
+        *data = {4, g_host.clientId};
+        return g_host.spoolerAnswers;
+    },
+};
+
+// A program built beside the tests.
+std::wstring Beside(const wchar_t* name) {
+    wchar_t own[MAX_PATH];
+    const std::wstring path(own, ::GetModuleFileNameW(nullptr, own, MAX_PATH));
+    return path.substr(0, path.find_last_of(L'\\') + 1) + name;
+}
+
+class ApplicationDetection : public testing::Test {
+protected:
+    void SetUp() override { m_platform = ReplaceProcessInspection(kStandIn); }
+    void TearDown() override {
+        ReplaceProcessInspection(m_platform);
+        g_host = StandInHost{};
+    }
+    static std::wstring Detected(const std::wstring& executable) {
+        g_host.executable = executable;
+        return DetectPrintingApplication().c_str();
+    }
+
+private:
+    ProcessInspection m_platform{};
+};
+
+}  // namespace
+
+TEST_F(ApplicationDetection, PlainProcessesAreNamedByTheirFileDescription) {
+    EXPECT_EQ(L"My_Report_Tool", Detected(Beside(L"zx_report_tool.exe")));
+    EXPECT_EQ(L"WordPerfect", Detected(Beside(L"zx_print_server.exe")));
+    EXPECT_EQ(L"Deutsche_Ausgabe", Detected(Beside(L"zx_two_translations.exe")));
+    EXPECT_EQ(L"Unknown", Detected(Beside(L"zx_no_version.exe")));
+    EXPECT_EQ(L"Unknown", Detected(Beside(L"missing.exe")));
+    std::wstring digits;
+    while (digits.size() < kMaxApplicationName) digits += L"0123456789";
+    EXPECT_EQ(digits.substr(0, kMaxApplicationName), Detected(Beside(L"zx_long_description.exe")));
+    EXPECT_TRUE(g_host.opened.empty());
+}
+
+TEST_F(ApplicationDetection, ThePrintHostOf32BitApplicationsNamesTheSpoolersClient) {
+    g_host.clientExecutable = Beside(L"zx_report_tool.exe");
+    EXPECT_EQ(L"My_Report_Tool", Detected(L"C:\\Windows\\splwow64.exe"));
+    EXPECT_EQ((std::vector<std::pair<DWORD, DWORD>>{{0x1FFFFF, kClientId}}), g_host.opened);
+    EXPECT_EQ(1, g_host.closed);
+    g_host.opens = false;
+    EXPECT_EQ(L"Unknown", Detected(L"C:\\Windows\\splwow64.exe"));
+    g_host.opened.clear();
+    g_host.opens = true;
+    g_host.clientId = 0;
+    EXPECT_EQ(L"Unknown", Detected(L"C:\\Windows\\splwow64.exe"));
+    g_host.clientId = kClientId;
+    g_host.spoolerAnswers = FALSE;
+    EXPECT_EQ(L"Unknown", Detected(L"C:\\Windows\\splwow64.exe"));
+    EXPECT_TRUE(g_host.opened.empty());
+}
+
+// Every host is a copy of a program with a file description, so "Unknown" shows that its rule
+// decided.
+TEST_F(ApplicationDetection, KnownHostsAreRecognisedByModulesOrCommandLine) {
+    g_host.modules = {L"C:\\Windows\\System32\\ntdll.dll", L"C:\\Program Files\\Viewer\\PhotoViewer.dll"};
+    EXPECT_EQ(L"WindowsPhotoViewer", Detected(Beside(L"hosts\\DllHost.exe")));
+    EXPECT_EQ((std::vector<std::pair<DWORD, DWORD>>{{0x410, kOwnId}}), g_host.opened);
+    EXPECT_EQ(1, g_host.closed);
+    // Explorer's path is compared upper-cased; the gallery's module path is not.
+    EXPECT_EQ(L"Unknown", Detected(Beside(L"hosts\\explorer.exe")));
+    g_host.modules.push_back(L"C:\\Program Files\\Windows Photo Gallery\\PhotoViewer.dll");
+    EXPECT_EQ(L"WindowsPhotoGallery", Detected(Beside(L"hosts\\explorer.exe")));
+    EXPECT_EQ(L"Unknown", Detected(Beside(L"hosts\\mstsc.exe")));
+    EXPECT_EQ(L"Unknown", Detected(Beside(L"hosts\\PrintDialogHost.exe")));
+    EXPECT_EQ(L"Unknown", Detected(Beside(L"hosts\\rundll32.exe")));
+    g_host.commandLine = L"rundll32.exe C:\\Windows\\System32\\shimgvw.dll,ImageView_PrintTo";
+    EXPECT_EQ(L"Microsoft_Windows_Fax_and_Scan", Detected(Beside(L"hosts\\rundll32.exe")));
+}
+
+TEST_F(ApplicationDetection, OnlyTheFirst260ModulesAreLookedAt) {
+    g_host.modules.assign(300, L"C:\\Windows\\System32\\other.dll");
+    g_host.modules[280] = L"C:\\PhotoViewer.dll";
+    EXPECT_EQ(L"Unknown", Detected(L"C:\\Windows\\System32\\DllHost.exe"));
+    g_host.modules[259] = L"C:\\PhotoViewer.dll";
+    EXPECT_EQ(L"WindowsPhotoViewer", Detected(L"C:\\Windows\\System32\\DllHost.exe"));
+}
+
+TEST_F(ApplicationDetection, TheTrackingFeatureIsRewrittenOnlyWhenTheTicketCarriesIt) {
+    auto untouched = LoadDocument(Ticket(L"<psf:Feature name='psk:PageMediaType'><psf:Option name='psk:Plain'/>"
+                                         L"</psf:Feature>"));
+    const std::wstring before = XmlOf(untouched.Get());
+    VPrintTicketHandler plain(untouched.Get());
+    RecordPrintingApplication(plain);
+    EXPECT_EQ(before, XmlOf(untouched.Get()));
+    EXPECT_EQ(0, g_host.pathReads);
+
+    g_host.executable = Beside(L"zx_report_tool.exe");
+    auto tracked = LoadDocument(
+        Ticket(L"<psf:Feature name='ns0000:JobZXApplicationTracking'><psf:Option name='ns0000:Old'/></psf:Feature>"
+               L"<psf:Feature name='ns0000:JobZXApplicationTracking'><psf:Option name='ns0000:Older'/></psf:Feature>"
+               L"<psf:Feature name='psk:PageMediaType'><psf:Option name='psk:Plain'/></psf:Feature>"));
+    VPrintTicketHandler handler(tracked.Get());
+    RecordPrintingApplication(handler);
+    auto saved = Reparsed(tracked.Get());
+    EXPECT_EQ(1, CountOf(saved.Get(), L"//psf:Feature[@name = 'ns0000:JobZXApplicationTracking']/psf:Option"));
+    EXPECT_EQ(L"ns0000:My_Report_Tool",
+              TextAt(saved.Get(), L"/psf:PrintTicket/psf:Feature[last()][@name = 'ns0000:JobZXApplicationTracking']"
+                                  L"/psf:Option/@name"));
+}
+
+TEST(ApplicationDetectionOnThePlatform, ATestProgramWithoutVersionResourceIsUnknown) {
+    ASSERT_EQ(PlatformProcessInspection().getModuleFileName, CurrentProcessInspection().getModuleFileName);
+    EXPECT_STREQ(L"Unknown", DetectPrintingApplication().c_str());
+}

@@ -1,0 +1,28 @@
+// Real MSXML 6 documents for the Print Schema tests: COM for the whole program, documents loaded
+// from text, and read-back helpers. Wine's MSXML finds namespaced attributes made with createNode
+// only after a re-parse, so checks of written documents read a re-parsed copy.
+#pragma once
+
+#include "util/scoped.h"
+
+#include <msxml2.h>
+
+#include <string>
+
+namespace zxtest {
+
+inline constexpr wchar_t kFrameworkUri[] = L"http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework";
+inline constexpr wchar_t kKeywordsUri[] = L"http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords";
+
+zx::ComPtr<IXMLDOMDocument2> LoadDocument(const std::wstring& xml);
+// A re-parsed copy, with psf, psk, xsi and ns0000 bound for queries.
+zx::ComPtr<IXMLDOMDocument2> Reparsed(IXMLDOMDocument2* document);
+// The text of the first node the query selects, or "<none>".
+std::wstring TextAt(IXMLDOMNode* context, const std::wstring& query);
+long CountOf(IXMLDOMNode* context, const wchar_t* query);
+std::wstring XmlOf(IXMLDOMNode* node);
+std::wstring NameOf(IXMLDOMNode* node);
+// A PrintTicket root declaring the usual namespaces around body.
+std::wstring Ticket(const std::wstring& body);
+
+}  // namespace zxtest

@@ -1,0 +1,196 @@
+// Feature, option, property and parameter operations of the ticket handler on real MSXML 6
+// documents, and hostile documents that must give HRESULTs.
+#include "printschema/ticket_handler.h"
+#include "tests/printschema/dom_support.h"
+
+#include <gtest/gtest.h>
+
+using namespace zxtest;
+
+namespace {
+
+constexpr HRESULT kNotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+
+const std::wstring kBody =
+    L"<psf:Feature name='psk:PageMediaType'><psf:Option name='psk:Plain'/></psf:Feature>"
+    L"<psf:Feature name='psk:PageOutputQuality'><psf:Option><psf:ScoredProperty name='psk:OptionName'>"
+    L"<psf:Value xsi:type='xsd:QName'>psk:High</psf:Value></psf:ScoredProperty></psf:Option></psf:Feature>"
+    L"<psf:Feature name='psk:JobMediaTypePrev'><psf:Option name='ns0000:Photo'/></psf:Feature>"
+    L"<psf:Feature name='psk:DocumentNUp'><psf:Option name='psk:TwoPages'/>"
+    L"<psf:Feature name='psk:PresentationDirection'><psf:Option name='psk:RightBottom'/></psf:Feature></psf:Feature>"
+    L"<psf:Feature name='psk:PageResolution'><psf:Option name='ns0000:_600x600'>"
+    L"<psf:ScoredProperty name='psk:ResolutionX'><psf:Value xsi:type='xsd:integer'>600</psf:Value></psf:ScoredProperty>"
+    L"<psf:ScoredProperty name='psk:ResolutionY'><psf:ParameterRef name='psk:ResY'/></psf:ScoredProperty>"
+    L"<psf:ScoredProperty name='psk:Broken'><psf:ParameterRef name='psk:Nowhere'/></psf:ScoredProperty>"
+    L"</psf:Option></psf:Feature>"
+    L"<psf:ParameterInit name='psk:Other'><psf:Value xsi:type='xsd:integer'>1</psf:Value></psf:ParameterInit>"
+    L"<psf:ParameterInit name='psk:ResY'><psf:Value xsi:type='xsd:integer'>-1200</psf:Value></psf:ParameterInit>"
+    L"<psf:Feature name='ns0000:JobZXRlt'><psf:Option name='ns0000:_1'/></psf:Feature>"
+    L"<psf:Feature name='ns0000:JobZXRlt'><psf:Option name='ns0000:_2'/></psf:Feature>";
+
+// What a reading call gave: its text, "<null>" for an empty success, or the failure in hex.
+std::wstring Outcome(HRESULT hr, const zx::unique_bstr& text) {
+    if (FAILED(hr)) return L"hr " + std::to_wstring(static_cast<unsigned long>(hr));
+    return text ? text.get() : L"<null>";
+}
+
+const std::wstring kNotFoundOutcome = L"hr " + std::to_wstring(static_cast<unsigned long>(kNotFound));
+
+class TicketHandlerTest : public testing::Test {
+protected:
+    std::wstring Selected(const wchar_t* feature, const wchar_t* prefix = nullptr) {
+        zx::unique_bstr option;
+        const HRESULT hr = prefix ? handler.GetPrefixedSelectedOption(feature, option.put(), prefix)
+                                  : handler.GetSelectedOption(feature, option.put());
+        return Outcome(hr, option);
+    }
+    std::wstring ScoredProperty(const wchar_t* feature, const wchar_t* property) {
+        zx::unique_bstr text;
+        return Outcome(handler.GetScoredPropertyText(feature, property, text.put()), text);
+    }
+    void Append(IXMLDOMNode* node) { EXPECT_EQ(S_OK, handler.AppendToRoot(L"PrintTicket", node)); }
+
+    zx::ComPtr<IXMLDOMDocument2> document = LoadDocument(Ticket(kBody));
+    VPrintTicketHandler handler{document.Get()};
+};
+
+}  // namespace
+
+TEST_F(TicketHandlerTest, ReadsOptionsAndPropertiesWhereverTheTicketKeepsThem) {
+    EXPECT_EQ(L"Plain", Selected(L"PageMediaType"));
+    EXPECT_EQ(L"High", Selected(L"PageOutputQuality"));  // through the OptionName Value
+    EXPECT_EQ(L"ns0000:Photo", Selected(L"JobMediaTypePrev"));
+    EXPECT_EQ(L"TwoPages", Selected(L"DocumentNUp"));
+    EXPECT_EQ(L"ns0000:_1", Selected(L"JobZXRlt", L"ns0000:"));
+    EXPECT_EQ(kNotFoundOutcome, Selected(L"Absent"));
+    zx::unique_bstr option;
+    EXPECT_EQ(S_OK, handler.GetSubFeatureOption(L"DocumentNUp", L"PresentationDirection", option.put()));
+    EXPECT_STREQ(L"RightBottom", option.get());
+
+    EXPECT_EQ(L"600", ScoredProperty(L"PageResolution", L"ResolutionX"));
+    EXPECT_EQ(L"-1200", ScoredProperty(L"PageResolution", L"ResolutionY"));  // through its ParameterInit
+    EXPECT_EQ(kNotFoundOutcome, ScoredProperty(L"PageResolution", L"Broken"));
+    EXPECT_EQ(kNotFoundOutcome, ScoredProperty(L"PageResolution", L"Absent"));
+    INT32 value = 0;
+    EXPECT_EQ(S_OK, handler.GetScoredPropertyInt(L"PageResolution", L"ResolutionY", &value));
+    EXPECT_EQ(-1200, value);
+    EXPECT_EQ(E_INVALIDARG, handler.GetScoredPropertyInt(L"PageOutputQuality", L"OptionName", &value));
+}
+
+TEST_F(TicketHandlerTest, FindsSetsAndDeletesFeatures) {
+    EXPECT_EQ(kNotFound, handler.FindFeature(L"JobZXRlt"));
+    EXPECT_EQ(S_OK, handler.FindPrefixedFeature(L"JobZXRlt", L"psf:", L"ns0000:"));
+    EXPECT_EQ(S_OK, handler.SetSelectedOption(L"PageMediaType", L"ns0000:Glossy"));
+    EXPECT_EQ(L"ns0000:Glossy", Selected(L"PageMediaType"));
+    EXPECT_EQ(kNotFound, handler.SetSelectedOption(L"PageOutputQuality", L"psk:Draft"));  // a Value has no name
+
+    EXPECT_EQ(S_OK, handler.DeletePrefixedFeature(L"JobZXRlt", L"ns0000:"));
+    EXPECT_EQ(S_OK, handler.DeleteFeature(L"DocumentNUp"));
+    EXPECT_EQ(S_OK, handler.DeleteFeature(L"Absent"));
+    EXPECT_EQ(4, CountOf(document.Get(), L"//psf:Feature"));
+    EXPECT_EQ(0, CountOf(document.Get(), L"//psf:Feature[@name = 'ns0000:JobZXRlt' or @name = 'psk:DocumentNUp' or "
+                                         L"@name = 'psk:PresentationDirection']"));
+}
+
+TEST_F(TicketHandlerTest, NewFeaturesAndParametersAreNamedWithTheRightPrefixes) {
+    zx::ComPtr<IXMLDOMElement> feature, option, reference, initialiser, wrapper;
+    ASSERT_EQ(S_OK, handler.CreateFeature(L"JobInputBin", &feature, &option));
+    EXPECT_EQ(L"psk:JobInputBin <none>", TextAt(feature.Get(), L"@name") + L" " + TextAt(option.Get(), L"@name"));
+    ASSERT_EQ(S_OK, handler.CreateFeatureOptionPrefixed(L"JobInputBin", L"_1", &feature, &option, L"ns0000:"));
+    Append(feature.Get());
+    EXPECT_EQ(L"ns0000:_1", Selected(L"JobInputBin"));
+
+    ASSERT_EQ(S_OK, handler.CreateIntegerParameter(L"DocumentNUpPageBorderWidth", 0, &reference, &initialiser));
+    ASSERT_EQ(S_OK, handler.WrapInPrefixedScoredProperty(L"BorderWidth", reference.Get(), &wrapper, L"ns0000:"));
+    Append(wrapper.Get());
+    Append(initialiser.Get());
+    zx::unique_bstr text;
+    EXPECT_EQ(S_OK, handler.GetValueText(L"//psf:ScoredProperty[@name = 'ns0000:BorderWidth']", text.put()));
+    EXPECT_STREQ(L"0", text.get());
+    ASSERT_EQ(S_OK, handler.CreateParameter(L"PageWatermarkSizeWidthX", L"decimal", L"1.50", &reference, &initialiser));
+    Append(initialiser.Get());
+
+    auto saved = Reparsed(document.Get());
+    EXPECT_EQ(L"0 xsd:integer",
+              TextAt(saved.Get(), L"//psf:ParameterInit[@name = 'ns0000:DocumentNUpPageBorderWidth']/psf:Value") + L" " +
+                  TextAt(saved.Get(), L"//psf:ParameterInit/psf:Value/@xsi:type"));
+    EXPECT_EQ(L"1.50", TextAt(saved.Get(), L"//psf:ParameterInit[@name = 'psk:PageWatermarkSizeWidthX']/psf:Value"));
+    EXPECT_EQ(E_INVALIDARG, handler.CreateParameter(L"A", L"integer", L"", &reference, &initialiser));
+    EXPECT_EQ(nullptr, initialiser.Get());
+}
+
+TEST_F(TicketHandlerTest, TypedPropertiesWriteTheirValueAndType) {
+    zx::ComPtr<IXMLDOMElement> properties[5];
+    ASSERT_EQ(S_OK, handler.CreateIntegerScoredProperty(L"ResolutionX", 300, &properties[0]));
+    ASSERT_EQ(S_OK, handler.CreateDecimalScoredProperty(L"Scale", 0.5, &properties[1]));
+    ASSERT_EQ(S_OK, handler.CreateStringScoredProperty(L"Label", L"a b", &properties[2]));
+    ASSERT_EQ(S_OK, handler.CreatePropertyWithValue(L"Version", L"integer", L"2", &properties[3]));
+    ASSERT_EQ(S_OK, handler.CreateNamedPropertyWithValue(L"ns0000:Model", L"QName", L"ns0000:Z", &properties[4]));
+    for (const auto& property : properties) Append(property.Get());
+
+    auto saved = Reparsed(document.Get());
+    const wchar_t* const expected[][2] = {
+        {L"psf:ScoredProperty[@name = 'psk:ResolutionX']", L"300 xsd:integer"},
+        {L"psf:ScoredProperty[@name = 'psk:Scale']", L"0.50 xsd:decimal"},
+        {L"psf:ScoredProperty[@name = 'psk:Label']", L"a b xsd:string"},
+        {L"psf:Property[@name = 'psf:Version']", L"2 xsd:integer"},
+        {L"psf:Property[@name = 'ns0000:Model']", L"ns0000:Z xsd:QName"},
+    };
+    for (const auto& [property, valueAndType] : expected) {
+        const std::wstring value = std::wstring(L"/psf:PrintTicket/") + property + L"/psf:Value";
+        EXPECT_EQ(valueAndType, TextAt(saved.Get(), value) + L" " + TextAt(saved.Get(), value + L"/@xsi:type"));
+    }
+}
+
+TEST_F(TicketHandlerTest, PrefixesAreRemovedOnlyWhereTheyOccur) {
+    zx::unique_bstr option = zx::MakeBstr(L"ns0000:psk:X");
+    BSTR raw = option.release();
+    EXPECT_EQ(S_OK, handler.StripKeywordPrefix(&raw));
+    option.reset(raw);
+    EXPECT_STREQ(L"ns0000:X", option.get());
+    VStringBuffer stripped;
+    EXPECT_EQ(S_OK, VPrintTicketHandler::RemovePrefix(zx::MakeBstr(L"AllPages"), L"ns0000:", stripped));
+    EXPECT_STREQ(L"AllPages", stripped.c_str());
+}
+
+TEST(HostileTicket, LongNamesRoundTripWithoutOverflow) {
+    const std::wstring longName(100000, L'Q');
+    auto document = LoadDocument(Ticket(L"<psf:Feature name='psk:PageMediaType'><psf:Option name='psk:" + longName +
+                                        L"'/></psf:Feature>"));
+    VPrintTicketHandler handler(document.Get());
+    zx::unique_bstr option;
+    ASSERT_EQ(S_OK, handler.GetSelectedOption(L"PageMediaType", option.put()));
+    EXPECT_EQ(longName, std::wstring(option.get(), ::SysStringLen(option.get())));
+
+    zx::ComPtr<IXMLDOMElement> feature, newOption;
+    ASSERT_EQ(S_OK, handler.CreatePrefixedFeatureOption(longName.c_str(), longName.c_str(), &feature, &newOption,
+                                                        L"ns0000:", L"ns0000:"));
+    EXPECT_EQ(S_OK, handler.AppendToRoot(L"PrintTicket", feature.Get()));
+    EXPECT_EQ(S_OK, handler.GetPrefixedSelectedOption(longName.c_str(), option.put(), L"ns0000:"));
+    EXPECT_EQ(L"ns0000:" + longName, option.get());
+    EXPECT_EQ(S_OK, handler.DeletePrefixedFeature(longName.c_str(), L"ns0000:"));
+    EXPECT_EQ(kNotFound, handler.FindPrefixedFeature(longName.c_str(), L"psf:", L"ns0000:"));
+}
+
+TEST(HostileTicket, DeepNestingAndMissingAttributesGiveResults) {
+    std::wstring nested;
+    for (int level = 0; level < 200; ++level) nested += L"<psf:Feature name='psk:Level'>";
+    nested += L"<psf:Option name='psk:Deepest'/>";
+    for (int level = 0; level < 200; ++level) nested += L"</psf:Feature>";
+    auto document = LoadDocument(Ticket(nested + L"<psf:Feature><psf:Option name='psk:NoFeatureName'/></psf:Feature>"
+                                                 L"<psf:Feature name='psk:Unnamed'><psf:Option/></psf:Feature>"
+                                                 L"<psf:Feature name='psk:Empty'/>"
+                                                 L"<psf:Feature name='psk:NoRefName'><psf:Option>"
+                                                 L"<psf:ScoredProperty name='psk:P'><psf:ParameterRef/>"
+                                                 L"</psf:ScoredProperty></psf:Option></psf:Feature>"
+                                                 L"<psf:ParameterInit><psf:Value>5</psf:Value></psf:ParameterInit>"));
+    VPrintTicketHandler handler(document.Get());
+    zx::unique_bstr option;
+    EXPECT_EQ(L"Deepest", Outcome(handler.GetSubFeatureOption(L"Level", L"Level", option.put()), option));
+    EXPECT_EQ(L"<null>", Outcome(handler.GetSelectedOption(L"Unnamed", option.put()), option));
+    EXPECT_EQ(kNotFoundOutcome, Outcome(handler.GetSelectedOption(L"Empty", option.put()), option));
+    EXPECT_EQ(kNotFoundOutcome, Outcome(handler.GetSubFeatureOption(L"Unnamed", L"Unnamed", option.put()), option));
+    EXPECT_EQ(kNotFoundOutcome, Outcome(handler.GetScoredPropertyText(L"NoRefName", L"P", option.put()), option));
+    EXPECT_EQ(S_OK, handler.DeleteFeature(L"Level"));
+    EXPECT_EQ(kNotFound, handler.FindFeature(L"Level"));
+}
