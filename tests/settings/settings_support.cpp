@@ -17,22 +17,17 @@ drvhost::PrinterDescription SamplePrinter() {
     return drvhost::LoadPrinterDescription(drvhost::ProgramDirectory() + L"zxtalu.gpd");
 }
 
-SheetBed::SheetBed(drvhost::PrinterDescription description, DWORD sheetFlags)
+SheetBed::SheetBed(drvhost::PrinterDescription description)
     : core(std::move(description)),
-      items(core.Description(), drvhost::FeatureSheet::Document,
-            [this](size_t feature) { return core.CurrentSelection(feature); }) {
-    uiObject.cbSize = sizeof(uiObject);
+      items(core.Description(), drvhost::FeatureSheet::Document, [this](size_t f) { return core.CurrentSelection(f); }) {
     core.ShowSheet(&uiObject, &items, drvhost::FeatureSheet::Document);
     params.cbSize = sizeof(params);
     params.poemuiobj = &uiObject;
-    params.dwFlags = sheetFlags;
     params.pDrvOptItems = items.Items();
     params.cDrvOptItems = items.Count();
     properties.SetInterfaces(core.DriverUi(), core.CoreHelper());
     properties.AttachSheet(&params);
 }
-
-SheetBed::~SheetBed() { core.CloseSheet(); }
 
 DWORD SheetBed::Selection(std::string_view feature) const {
     return core.CurrentSelection(core.Description().FindFeature(feature).value());
@@ -48,29 +43,25 @@ std::vector<std::string> SheetBed::HiddenItems() {
 
 namespace {
 
+using F = FakePlatform;
+
 BOOL WINAPI FakeOpenPrinter(LPWSTR, LPHANDLE printer, LPPRINTER_DEFAULTSW) {
-    if (FakeSpooler::openFails) {
-        ::SetLastError(ERROR_INVALID_PRINTER_NAME);
-        return FALSE;
-    }
-    ++FakeSpooler::opened;
-    *printer = FakeSpooler::Printer();
+    if (F::openFails) return FALSE;
+    ++F::opened;
+    *printer = F::Printer();
     return TRUE;
 }
 
 BOOL WINAPI FakeClosePrinter(HANDLE) {
-    ++FakeSpooler::closed;
+    ++F::closed;
     return TRUE;
 }
 
 // Answers level 2 as the spooler does: the structure, then the path it points at.
 BOOL WINAPI FakeGetPrinterDriver(HANDLE printer, LPWSTR, DWORD level, LPBYTE buffer, DWORD size, LPDWORD needed) {
-    FakeSpooler::queriedPrinters.push_back(printer);
-    if (FakeSpooler::driverQueryFails || level != 2) {
-        ::SetLastError(ERROR_INVALID_LEVEL);
-        return FALSE;
-    }
-    const DWORD pathBytes = static_cast<DWORD>((FakeSpooler::driverPath.size() + 1) * sizeof(wchar_t));
+    F::queriedPrinters.push_back(printer);
+    if (F::driverQueryFails || level != 2) return FALSE;
+    const DWORD pathBytes = static_cast<DWORD>((F::driverPath.size() + 1) * sizeof(wchar_t));
     *needed = sizeof(DRIVER_INFO_2W) + pathBytes;
     if (buffer == nullptr || size < *needed) {
         ::SetLastError(ERROR_INSUFFICIENT_BUFFER);
@@ -78,39 +69,55 @@ BOOL WINAPI FakeGetPrinterDriver(HANDLE printer, LPWSTR, DWORD level, LPBYTE buf
     }
     auto* info = reinterpret_cast<DRIVER_INFO_2W*>(buffer);
     *info = {};
-    info->cVersion = 3;
     info->pDriverPath = reinterpret_cast<LPWSTR>(buffer + sizeof(DRIVER_INFO_2W));
-    std::memcpy(info->pDriverPath, FakeSpooler::driverPath.c_str(), pathBytes);
+    std::memcpy(info->pDriverPath, F::driverPath.c_str(), pathBytes);
     return TRUE;
 }
 
+HMODULE WINAPI FakeLoadLibrary(LPCWSTR path, HANDLE, DWORD flags) {
+    F::loaded.emplace_back(path);
+    if (!F::missing.empty() && F::loaded.back().ends_with(F::missing)) return nullptr;
+    return F::madeUpModules ? F::MadeUpModule(F::loaded.size()) : ::LoadLibraryExW(path, nullptr, flags);
+}
+
+BOOL WINAPI FakeFreeLibrary(HMODULE module) {
+    F::freed.push_back(module);
+    return F::madeUpModules ? TRUE : ::FreeLibrary(module);
+}
+
+LANGID WINAPI FakeLanguage() { return F::language; }
+
+int WINAPI FakeMessageBox(HWND, LPCWSTR text, LPCWSTR caption, UINT type) {
+    F::messageText = text;
+    F::messageCaption = caption;
+    F::messageType = type;
+    return IDOK;
+}
+
 }  // namespace
 
-void FakeSpooler::Reset(std::wstring path) {
-    driverPath = std::move(path);
+zx::ResourcePlatform FakePlatform::Reset(std::wstring driverFile, bool madeUp) {
+    driverPath = std::move(driverFile);
     openFails = driverQueryFails = false;
     opened = closed = 0;
     queriedPrinters.clear();
+    madeUpModules = madeUp;
+    missing.clear();
+    loaded.clear();
+    freed.clear();
+    zx::ResourcePlatform platform = zx::RealResourcePlatform();
+    platform.openPrinter = &FakeOpenPrinter;
+    platform.closePrinter = &FakeClosePrinter;
+    platform.getPrinterDriver = &FakeGetPrinterDriver;
+    platform.loadLibrary = &FakeLoadLibrary;
+    platform.freeLibrary = &FakeFreeLibrary;
+    platform.userDefaultUILanguage = &FakeLanguage;
+    platform.messageBox = &FakeMessageBox;
+    return platform;
 }
 
-zx::ResourcePlatform FakeSpooler::Platform(zx::ResourcePlatform base) {
-    base.openPrinter = &FakeOpenPrinter;
-    base.getPrinterDriver = &FakeGetPrinterDriver;
-    base.closePrinter = &FakeClosePrinter;
-    return base;
-}
-
-namespace {
-
-// A spooler whose printer's driver file lies in the tests' directory, beside the built libraries.
-zx::ResourcePlatform SpoolerOfTheBuild(const zx::ResourcePlatform& base) {
-    FakeSpooler::Reset(drvhost::ProgramDirectory() + L"zxcoresim.dll");
-    return FakeSpooler::Platform(base);
-}
-
-}  // namespace
-
-BuiltStringLibraries::BuiltStringLibraries(zx::ResourcePlatform base) : m_platform(SpoolerOfTheBuild(base)) {
+BuiltStringLibraries::BuiltStringLibraries()
+    : m_platform(FakePlatform::Reset(drvhost::ProgramDirectory() + L"zxcoresim.dll", false)) {
     EXPECT_EQ(S_OK, zx::LoadResourceLibraries(L"ZX Inkjet Simulator"));
 }
 

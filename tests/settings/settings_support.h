@@ -1,5 +1,5 @@
-// Test beds of the settings model: a document sheet of the simulated core driver, a spooler
-// that knows one printer, and the string libraries of the build loaded through the plug-in.
+// Test beds of the settings model: a document sheet of the simulated core driver, and a platform
+// table whose spooler knows one printer and which records library loads and message boxes.
 #pragma once
 
 #include "core/resource_libraries.h"
@@ -14,73 +14,66 @@
 namespace zxtest {
 
 drvhost::PrinterDescription Describe(std::string_view gpdText);
-// The sample printer's feature description, as the build copies it beside the tests.
-drvhost::PrinterDescription SamplePrinter();
+drvhost::PrinterDescription SamplePrinter();  // as the build copies it beside the tests
 
-// The option items of the simulated core driver's document sheet in a parameter block, and a
-// settings object holding its helper objects and the block.
+// The simulated core driver's document sheet: its items in a parameter block, and a settings
+// object holding its helper objects and the block.
 class SheetBed {
 public:
-    explicit SheetBed(drvhost::PrinterDescription description, DWORD sheetFlags = 0);
-    ~SheetBed();
-    SheetBed(const SheetBed&) = delete;
-    SheetBed& operator=(const SheetBed&) = delete;
+    explicit SheetBed(drvhost::PrinterDescription description);
+    ~SheetBed() { core.CloseSheet(); }
 
     POPTITEM Item(std::string_view feature) { return items.Find(feature); }
-    // The core driver's own selection of a feature.
-    DWORD Selection(std::string_view feature) const;
-    // The feature keywords of the items that carry the hide flag.
+    DWORD Selection(std::string_view feature) const;  // the core driver's own
     std::vector<std::string> HiddenItems();
 
     drvhost::CoreDriver core;
     drvhost::OptionItems items;
-    OEMUIOBJ uiObject{};
+    OEMUIOBJ uiObject{sizeof(OEMUIOBJ), nullptr};
     OEMCUIPPARAM params{};
     VUIProperties properties;
 };
 
-// Puts a resource platform in force for a scope.
+// The state of the fake platform; Reset gives the table.
+struct FakePlatform {
+    static inline std::wstring driverPath;
+    static inline bool openFails = false, driverQueryFails = false;
+    static inline int opened = 0, closed = 0;
+    static inline std::vector<HANDLE> queriedPrinters;
+    // Loads go to the system unless `madeUpModules`; a path ending with `missing` fails.
+    static inline bool madeUpModules = false;
+    static inline std::wstring missing;
+    static inline std::vector<std::wstring> loaded;
+    static inline std::vector<HMODULE> freed;
+    static inline LANGID language = 0x0409;
+    static inline std::wstring messageText, messageCaption;
+    static inline UINT messageType = 0;
+
+    static HANDLE Printer() { return reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(0x5150)); }
+    static HMODULE MadeUpModule(size_t load) { return reinterpret_cast<HMODULE>(static_cast<ULONG_PTR>(0x10000 * load)); }
+    static zx::ResourcePlatform Reset(std::wstring driverFile, bool madeUp);
+};
+
 class ScopedResourcePlatform {
 public:
     explicit ScopedResourcePlatform(const zx::ResourcePlatform& platform)
         : m_previous(zx::ReplaceResourcePlatform(platform)) {}
     ~ScopedResourcePlatform() { zx::ReplaceResourcePlatform(m_previous); }
-    ScopedResourcePlatform(const ScopedResourcePlatform&) = delete;
-    ScopedResourcePlatform& operator=(const ScopedResourcePlatform&) = delete;
 
 private:
     zx::ResourcePlatform m_previous;
 };
 
-// A spooler that knows one printer, whose driver file is `driverPath`.
-struct FakeSpooler {
-    static inline std::wstring driverPath;
-    static inline bool openFails = false;
-    static inline bool driverQueryFails = false;
-    static inline int opened = 0;
-    static inline int closed = 0;
-    static inline std::vector<HANDLE> queriedPrinters;
-
-    static HANDLE Printer() { return reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(0x5150)); }
-    static void Reset(std::wstring path);
-    // `base` with the spooler calls replaced by this spooler's.
-    static zx::ResourcePlatform Platform(zx::ResourcePlatform base = zx::RealResourcePlatform());
-};
-
-// The string libraries built beside the tests, loaded through the plug-in's own code (the
-// spooler reports a driver file in the tests' directory) and freed at the end of the scope.
+// The string libraries built beside the tests, loaded through the plug-in's own code for a scope.
 class BuiltStringLibraries {
 public:
-    explicit BuiltStringLibraries(zx::ResourcePlatform base = zx::RealResourcePlatform());
+    BuiltStringLibraries();
     ~BuiltStringLibraries() { zx::FreeResourceLibraries(); }
-    BuiltStringLibraries(const BuiltStringLibraries&) = delete;
-    BuiltStringLibraries& operator=(const BuiltStringLibraries&) = delete;
 
 private:
     ScopedResourcePlatform m_platform;
 };
 
-// A text of a library as a string, for comparisons.
 std::wstring LoadedText(HMODULE library, UINT id);
 
 }  // namespace zxtest
