@@ -24,9 +24,9 @@ bool ReadOsVersion(RTL_OSVERSIONINFOW* version) noexcept {
     return getVersion(version) == 0;
 }
 
-const ResourcePlatform g_realPlatform = {&::OpenPrinterW,   &::GetPrinterDriverW, &::ClosePrinter,
-                                         &::GetUserDefaultUILanguage, &::LoadLibraryExW, &::FreeLibrary,
-                                         &::MessageBoxW,    &ReadOsVersion};
+const ResourcePlatform g_realPlatform = {
+    &::OpenPrinterW,   &::GetPrinterDriverW, &::ClosePrinter, &::GetUserDefaultUILanguage,
+    &::LoadLibraryExW, &::FreeLibrary,       &::MessageBoxW,  &ReadOsVersion};
 ResourcePlatform g_platform = g_realPlatform;
 
 HMODULE g_uiStrings = nullptr;

@@ -30,8 +30,7 @@ inline HRESULT GetOptionOf(IPrintCoreHelper* helper, const DEVMODEW* devMode, DW
 }
 
 // The current option of a feature in a job's DEVMODE (outside a property sheet).
-inline HRESULT GetJobOption(IPrintCoreHelper* helper, const DEVMODEW* devMode, PCSTR feature,
-                            PCSTR* option) noexcept {
+inline HRESULT GetJobOption(IPrintCoreHelper* helper, const DEVMODEW* devMode, PCSTR feature, PCSTR* option) noexcept {
     return GetOptionOf(helper, devMode, DevModeTotalSize(devMode), feature, option);
 }
 

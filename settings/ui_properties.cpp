@@ -2,7 +2,6 @@
 
 #include "core/ui_interface.h"
 #include "settings/feature_keywords.h"
-#include "settings/option_access.h"
 #include "settings/option_items.h"
 #include "settings/paper.h"
 #include "util/result.h"
@@ -36,8 +35,7 @@ bool HasOptionArray(const OPTITEM* item) noexcept {
     return item != nullptr && item->pOptType != nullptr && item->pOptType->pOptParam != nullptr;
 }
 
-HRESULT UpdateUISetting(IPrintOemDriverUI* driverUI, const OEMCUIPPARAM* params, POPTITEM item,
-                        DWORD mode) noexcept {
+HRESULT UpdateUISetting(IPrintOemDriverUI* driverUI, const OEMCUIPPARAM* params, POPTITEM item, DWORD mode) noexcept {
     if (driverUI == nullptr || params == nullptr) return E_FAIL;
     return driverUI->DrvUpdateUISetting(params->poemuiobj, item, 0, mode);
 }
@@ -47,8 +45,7 @@ HRESULT HideEach(const OEMCUIPPARAM* params, std::initializer_list<PCSTR> featur
     return S_OK;
 }
 
-// Copies and collation are left to the application; the paper source's first option is the
-// core driver's own automatic choice, which the printer's trays replace.
+// The standard sheet shows neither copies and collation nor the paper source's first option.
 void HideCopiesAndPaperSourceDefault(const OEMCUIPPARAM* params) noexcept {
     if (POPTITEM copies = zx::FindItemForDevModeField(params, DMPUB_COPIES_COLLATE)) copies->Flags |= OPTIF_HIDE;
     POPTITEM source = zx::FindItemForDevModeField(params, DMPUB_DEFSOURCE);
@@ -98,7 +95,7 @@ HRESULT VUIProperties::SetHiddenFeature(PCSTR hiddenFeature, const OPTITEM* visi
 }
 
 HRESULT VUIProperties::HidePrintingShortcutItems() const noexcept {
-    for (PCSTR shortcut : zx::FeatureOptions(CoreHelper(), Feature::PrintingShortcut)) {
+    for (PCSTR shortcut : FeatureOptions(Feature::PrintingShortcut)) {
         // An empty keyword would match the first item of the sheet.
         if (shortcut == nullptr || *shortcut == '\0') continue;
         ZX_RETURN_IF_FAILED(zx::HideFeatureItem(m_uiParams, shortcut));

@@ -5,8 +5,11 @@
 #pragma once
 
 #include "ddk/prcomoem.h"
+#include "settings/option_access.h"
 #include "settings/private_devmode.h"
 #include "util/scoped.h"
+
+#include <span>
 
 class IBiDiData;
 class VUIInterfaceImpl;
@@ -44,7 +47,13 @@ public:
     DWORD NUpChanged() const noexcept { return m_nupChanged; }
     void SetNUpChanged(DWORD changed) noexcept { m_nupChanged = changed; }
 
-    // The item of a feature in the session's parameter block (GetFeatureOptItem).
+    // The three ways of reading the core driver's settings while a sheet is open: a feature's
+    // current option (null when the feature is missing), its option list, and its item in the
+    // session's parameter block (GetFeatureOptItem).
+    PCSTR CurrentOption(PCSTR feature) const noexcept { return zx::CurrentOption(CoreHelper(), feature); }
+    std::span<const PCSTR> FeatureOptions(PCSTR feature) const noexcept {
+        return zx::FeatureOptions(CoreHelper(), feature);
+    }
     HRESULT FindItem(PCSTR feature, POPTITEM* item) const noexcept;
 
     // Hands a changed item back to the core driver for the document sheet, with the selected

@@ -44,12 +44,31 @@ inline constexpr UINT PlatformQualityLabel47 = 47;
 // The media type chosen when no snapping rule names one.
 inline constexpr UINT FallbackMediaType = 501;
 
-inline constexpr std::array kDirectlyLoaded = {
-    DuplexLabel,          ManualDuplexLabel,       PagesPerSheetLabel,     MediaTypeLabel,
-    BorderlessLabel,      PrintQualityLabel,       PaperSizeLabel,         ShortcutPageTitle,
-    ShortcutPageDescription, SaveAsButton,         DeleteButton,           ShortcutListLabel,
-    LockedShortcutName,   NewShortcutName,         TooManyShortcutsMessage, DuplicateNameMessage,
-    EmptyNameMessage,     NameTooLongMessage,      ShortcutMessageCaption, QualityButton1,
-    QualityButton2,       QualityButton3,          PlatformQualityLabel44, PlatformQualityLabel45,
-    PlatformQualityLabel46, PlatformQualityLabel47, FallbackMediaType};
+inline constexpr std::array kDirectlyLoaded = {DuplexLabel,
+                                               ManualDuplexLabel,
+                                               PagesPerSheetLabel,
+                                               MediaTypeLabel,
+                                               BorderlessLabel,
+                                               PrintQualityLabel,
+                                               PaperSizeLabel,
+                                               ShortcutPageTitle,
+                                               ShortcutPageDescription,
+                                               SaveAsButton,
+                                               DeleteButton,
+                                               ShortcutListLabel,
+                                               LockedShortcutName,
+                                               NewShortcutName,
+                                               TooManyShortcutsMessage,
+                                               DuplicateNameMessage,
+                                               EmptyNameMessage,
+                                               NameTooLongMessage,
+                                               ShortcutMessageCaption,
+                                               QualityButton1,
+                                               QualityButton2,
+                                               QualityButton3,
+                                               PlatformQualityLabel44,
+                                               PlatformQualityLabel45,
+                                               PlatformQualityLabel46,
+                                               PlatformQualityLabel47,
+                                               FallbackMediaType};
 }  // namespace StringId

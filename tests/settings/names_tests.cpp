@@ -34,10 +34,12 @@ const drvhost::FeatureDescription& FeatureOf(const drvhost::PrinterDescription& 
 TEST(ResourceNames, EveryNameOnceWithItsNumberAndExactLookups) {
     const zx::PrintShortcutNameTable table;
     EXPECT_EQ(218u, table.Size());
-    const std::pair<const char*, int32_t> samples[] = {
-        {"IDS_1UP", 776}, {"IDB_FACT_DEFAULT", 153}, {"IDS_MSIZE_SMMARG_B4_JIS", 147},
-        {"IDS_MSIZE_EDGETOEDGE_LETTER_8_5x11", 903}, {"FLIP_ON_LONG_EDGE_DISPLAY", 11041},
-        {"IDS_MSIZE_4X5_IN_10X13_CM", 819}};
+    const std::pair<const char*, int32_t> samples[] = {{"IDS_1UP", 776},
+                                                       {"IDB_FACT_DEFAULT", 153},
+                                                       {"IDS_MSIZE_SMMARG_B4_JIS", 147},
+                                                       {"IDS_MSIZE_EDGETOEDGE_LETTER_8_5x11", 903},
+                                                       {"FLIP_ON_LONG_EDGE_DISPLAY", 11041},
+                                                       {"IDS_MSIZE_4X5_IN_10X13_CM", 819}};
     for (const auto& [name, number] : samples) EXPECT_EQ(number, table.LookupResourceName(name).value_or(-1)) << name;
     for (const char* unknown : {"idb_fact_default", "IDS_1U", ""}) EXPECT_FALSE(table.LookupResourceName(unknown));
 

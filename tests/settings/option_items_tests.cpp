@@ -184,10 +184,10 @@ TEST(HiddenFeatures, SetHiddenFeatureCopiesTheSelectionAndCommitsIt) {
 }
 
 TEST(HiddenFeatures, BookkeepingItemsOfTheSamplePrinter) {
-    std::vector<std::string> hidden = {
-        "MediaTypePrev",   "OutputQualityPrev", "Collate",         "TouchByUser",       "PS_Schema",
-        "PrintingShortcut", "GeneralEveryday",  "PhotoBorderless", "PhotoWithBorder",   "TwoSidedPrinting",
-        "FastEconomical",  "FactoryDefaults",   "ShortcutBitmaps", "AllSettingsfor_PS", "MonoConfig"};
+    std::vector<std::string> hidden = {"MediaTypePrev",   "OutputQualityPrev", "Collate",         "TouchByUser",
+                                       "PS_Schema",       "PrintingShortcut",  "GeneralEveryday", "PhotoBorderless",
+                                       "PhotoWithBorder", "TwoSidedPrinting",  "FastEconomical",  "FactoryDefaults",
+                                       "ShortcutBitmaps", "AllSettingsfor_PS", "MonoConfig"};
     SheetBed sheet(SamplePrinter());
     EXPECT_EQ(S_OK, sheet.properties.HideBookkeepingItems());
     EXPECT_EQ(hidden, sheet.HiddenItems());
@@ -220,8 +220,12 @@ TEST(UIProperties, CopiesTakeTheirOwnReferencesAndReadOnlyFollowsTheSheetFlags) 
     }
     EXPECT_EQ(1u, helper.RefCount());
 
-    const std::pair<DWORD, DWORD> cases[] = {{0x2C, 1}, {0x12C, 1}, {0x28, 0}, {0x2D, 0},
-                                             {drvhost::kReadOnlyDocumentSheetMode, 1}, {drvhost::kDocumentSheetMode, 0}};
+    const std::pair<DWORD, DWORD> cases[] = {{0x2C, 1},
+                                             {0x12C, 1},
+                                             {0x28, 0},
+                                             {0x2D, 0},
+                                             {drvhost::kReadOnlyDocumentSheetMode, 1},
+                                             {drvhost::kDocumentSheetMode, 0}};
     for (const auto& [flags, readOnly] : cases) {
         OEMCUIPPARAM params{};
         params.dwFlags = flags;

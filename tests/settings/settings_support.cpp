@@ -18,8 +18,9 @@ drvhost::PrinterDescription SamplePrinter() {
 }
 
 SheetBed::SheetBed(drvhost::PrinterDescription description)
-    : core(std::move(description)),
-      items(core.Description(), drvhost::FeatureSheet::Document, [this](size_t f) { return core.CurrentSelection(f); }) {
+    : core(std::move(description)), items(core.Description(), drvhost::FeatureSheet::Document, [this](size_t f) {
+          return core.CurrentSelection(f);
+      }) {
     core.ShowSheet(&uiObject, &items, drvhost::FeatureSheet::Document);
     params.cbSize = sizeof(params);
     params.poemuiobj = &uiObject;

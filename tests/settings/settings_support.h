@@ -50,7 +50,9 @@ struct FakePlatform {
     static inline UINT messageType = 0;
 
     static HANDLE Printer() { return reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(0x5150)); }
-    static HMODULE MadeUpModule(size_t load) { return reinterpret_cast<HMODULE>(static_cast<ULONG_PTR>(0x10000 * load)); }
+    static HMODULE MadeUpModule(size_t load) {
+        return reinterpret_cast<HMODULE>(static_cast<ULONG_PTR>(0x10000 * load));
+    }
     static zx::ResourcePlatform Reset(std::wstring driverFile, bool madeUp);
 };
 

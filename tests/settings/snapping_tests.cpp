@@ -15,7 +15,7 @@ using namespace zxtest;
 
 namespace {
 
-constexpr INT32 U = 0x5A5A5A5A;  // a field the parser left alone
+constexpr INT32 U = 0x5A5A5A5A;       // a field the parser left alone
 using Fields = std::array<INT32, 5>;  // input bin, first and second media number, quality, borderless
 
 // The parser's outputs, pre-filled with sentinels, between guard bytes.
@@ -25,10 +25,13 @@ struct GuardedOutput {
     zx::MediaTypeName name = L"untouched";
     std::array<unsigned char, 16> after = Guard();
 
-    static std::array<unsigned char, 16> Guard() { return {0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5,
-                                                           0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5}; }
+    static std::array<unsigned char, 16> Guard() {
+        return {0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5};
+    }
     bool GuardsIntact() const { return before == Guard() && after == Guard(); }
-    Fields Read() const { return {record.inputBin, record.mediaFirst, record.mediaSecond, record.quality, record.borderless}; }
+    Fields Read() const {
+        return {record.inputBin, record.mediaFirst, record.mediaSecond, record.quality, record.borderless};
+    }
 };
 
 // Text at the very end of a readable page: reading one byte further faults.
@@ -62,11 +65,11 @@ TEST(SnappingRuleParser, ReadsEachFieldAndStopsAtTheFirstMissingSeparator) {
         {"BORDERLESS_A4:3.5.7:2:2:IDS_MTYPE_PLAIN_PAPER:1", {2, 3, 5, 2, 1}, L"_3_5_7"},
         {"A4:1.2:4", {4, 1, 2, U, U}, L"_1_2"},  // ends after F2
         {"A4:1.2:", {0, 1, 2, U, U}, L"_1_2"},
-        {"A4:7:x:y", {0, 7, U, 0, U}, L"_7"},     // not numbers: 0
+        {"A4:7:x:y", {0, 7, U, 0, U}, L"_7"},  // not numbers: 0
         {"A4:1.2:3:4:NAME", {3, 1, 2, 4, U}, L"_1_2"},
         {"A4:1.2:3:4:NAME:", {3, 1, 2, 4, 0}, L"_1_2"},
         {"A4:-3..9:3:99999999999:N:2", {3, -3, 0, 0, 2}, L"_-3__9"},  // too large for 32 bits: 0
-        {"A4:1.2", {U, U, U, U, U}, L"untouched"},  // F1 never closed: nothing
+        {"A4:1.2", {U, U, U, U, U}, L"untouched"},                    // F1 never closed: nothing
         {"A4", {U, U, U, U, U}, L"untouched"},
         {"", {U, U, U, U, U}, L"untouched"},
         {nullptr, {U, U, U, U, U}, L"untouched"},
@@ -117,10 +120,9 @@ protected:
         helper.SetOption("BorderlessPrint", "None");
         helper.SetOption("InputBin", "7");
         helper.SetOption("PaperSize", "A4");
-        helper.SetOptionList("SnappingData", {"LETTER:9.9:9:9:IDS_MTYPE_PLAIN_PAPER:9",
-                                              "A4:1.2:4:1:IDS_MTYPE_PLAIN_PAPER:0",
-                                              "BORDERLESS_A4:3.5.7:2:2:IDS_MTYPE_PLAIN_PAPER:1",
-                                              "A4:8.8:8:8:IDS_MTYPE_PLAIN_PAPER:8"});
+        helper.SetOptionList("SnappingData",
+                             {"LETTER:9.9:9:9:IDS_MTYPE_PLAIN_PAPER:9", "A4:1.2:4:1:IDS_MTYPE_PLAIN_PAPER:0",
+                              "BORDERLESS_A4:3.5.7:2:2:IDS_MTYPE_PLAIN_PAPER:1", "A4:8.8:8:8:IDS_MTYPE_PLAIN_PAPER:8"});
     }
     LONG Snap() { return zx::SnapForTicket(&helper, &devMode, 1234, &out.record, out.name); }
 
