@@ -24,7 +24,9 @@ constexpr char kUsage[] =
     "usage: drvhost [--printer NAME] <command> [options]\n"
     "\n"
     "commands:\n"
-    "  install                     install or refresh the simulated printer and its driver files\n"
+    "  install [--device PROFILE]  install or refresh the simulated printer and its driver files;\n"
+    "                              with a device profile, the device simulator answers as the\n"
+    "                              printer's device on the port USB001\n"
     "  info                        load the plug-in and print what it reports about itself\n"
     "  ticket [--set F=O ...]      print the PrintTicket of the default job, with features set first\n"
     "  apply FILE.xml              apply a PrintTicket to the default job and print the selections\n"
@@ -79,7 +81,8 @@ std::string Hex(HRESULT hr) {
     return text;
 }
 
-InstalledPrinter EnsureInstalled(const std::wstring& printerName, bool refresh) {
+InstalledPrinter EnsureInstalled(const std::wstring& printerName, bool refresh,
+                                 const std::wstring& deviceProfile = {}) {
     if (!refresh) {
         const std::wstring directory = DriverDirectoryOf(printerName);
         if (!directory.empty()) return {printerName, directory, false};
@@ -87,6 +90,7 @@ InstalledPrinter EnsureInstalled(const std::wstring& printerName, bool refresh) 
     PrinterSetup setup;
     setup.printerName = printerName;
     setup.sourceDirectory = ProgramDirectory();
+    setup.deviceProfile = deviceProfile;
     return InstallPrinter(setup);
 }
 
@@ -158,9 +162,14 @@ std::wstring ReadTicketFile(const std::wstring& path) {
 }
 
 int RunInstall(const Arguments& arguments) {
-    const InstalledPrinter printer = EnsureInstalled(arguments.printerName, true);
+    const InstalledPrinter printer =
+        EnsureInstalled(arguments.printerName, true, OptionValue(arguments.rest, L"--device"));
     std::printf("%s %s\ndriver directory: %s\n", printer.created ? "installed" : "refreshed",
                 WideToUtf8(printer.name).c_str(), WideToUtf8(printer.driverDirectory).c_str());
+    const std::wstring device = OptionValue(arguments.rest, L"--device");
+    if (!device.empty()) {
+        std::printf("device: %s on port %s\n", WideToUtf8(device).c_str(), WideToUtf8(kDevicePort).c_str());
+    }
     return 0;
 }
 

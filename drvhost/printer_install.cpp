@@ -1,5 +1,6 @@
 #include "drvhost/printer_install.h"
 
+#include "devicesim/device_sim.h"
 #include "drvhost/text.h"
 #include "util/scoped.h"
 
@@ -83,8 +84,8 @@ bool PrinterExists(const std::wstring& printerName) {
     return ::OpenPrinterW(const_cast<LPWSTR>(printerName.c_str()), printer.put(), nullptr) != FALSE;
 }
 
-void AddPrinter(const std::wstring& printerName) {
-    std::wstring name = printerName, driver = kDriverName, port = L"FILE:", processor = L"winprint",
+void AddPrinter(const std::wstring& printerName, const std::wstring& portName) {
+    std::wstring name = printerName, driver = kDriverName, port = portName, processor = L"winprint",
                  datatype = L"RAW";
     PRINTER_INFO_2W info{};
     info.pPrinterName = name.data();
@@ -97,16 +98,72 @@ void AddPrinter(const std::wstring& printerName) {
     if (!printer) Fail("AddPrinter");
 }
 
+bool PortExists(const std::wstring& portName) {
+    DWORD needed = 0, count = 0;
+    ::EnumPortsW(nullptr, 1, nullptr, 0, &needed, &count);
+    std::vector<BYTE> buffer(needed ? needed : sizeof(PORT_INFO_1W));
+    if (!::EnumPortsW(nullptr, 1, buffer.data(), static_cast<DWORD>(buffer.size()), &needed, &count)) return false;
+    const auto* ports = reinterpret_cast<const PORT_INFO_1W*>(buffer.data());
+    for (DWORD i = 0; i < count; ++i) {
+        if (ports[i].pName != nullptr && portName == ports[i].pName) return true;
+    }
+    return false;
+}
+
+// A port of the local port monitor, added through its transceiver as the port dialogs do.
+void EnsureLocalPort(const std::wstring& portName) {
+    if (PortExists(portName)) return;
+    std::wstring monitor = L",XcvMonitor Local Port";
+    PRINTER_DEFAULTSW defaults{nullptr, nullptr, SERVER_ACCESS_ADMINISTER};
+    zx::unique_printer xcv;
+    if (!::OpenPrinterW(monitor.data(), xcv.put(), &defaults)) Fail("opening the local port monitor");
+    DWORD needed = 0, status = 0;
+    if (!::XcvDataW(xcv.get(), L"AddPort", reinterpret_cast<BYTE*>(const_cast<wchar_t*>(portName.c_str())),
+                    static_cast<DWORD>((portName.size() + 1) * sizeof(wchar_t)), nullptr, 0, &needed, &status) ||
+        status != ERROR_SUCCESS) {
+        Fail("adding the port " + WideToUtf8(portName));
+    }
+}
+
+void AttachToPort(const std::wstring& printerName, const std::wstring& portName) {
+    std::wstring name = printerName, port = portName;
+    PRINTER_DEFAULTSW defaults{nullptr, nullptr, PRINTER_ALL_ACCESS};
+    zx::unique_printer printer;
+    if (!::OpenPrinterW(name.data(), printer.put(), &defaults)) Fail("OpenPrinter");
+    DWORD needed = 0;
+    ::GetPrinterW(printer.get(), 2, nullptr, 0, &needed);
+    std::vector<BYTE> buffer(needed ? needed : sizeof(PRINTER_INFO_2W));
+    if (!::GetPrinterW(printer.get(), 2, buffer.data(), static_cast<DWORD>(buffer.size()), &needed)) Fail("GetPrinter");
+    auto* info = reinterpret_cast<PRINTER_INFO_2W*>(buffer.data());
+    if (info->pPortName != nullptr && port == info->pPortName) return;
+    info->pPortName = port.data();
+    info->pSecurityDescriptor = nullptr;
+    if (!::SetPrinterW(printer.get(), 2, buffer.data(), 0)) Fail("SetPrinter");
+}
+
+void InstallDeviceProfile(const std::wstring& profile, const std::wstring& driverDirectory) {
+    if (!::CopyFileW(profile.c_str(), (driverDirectory + kDeviceProfileFile).c_str(), FALSE)) {
+        Fail("copying " + WideToUtf8(profile));
+    }
+}
+
 }  // namespace
 
 InstalledPrinter InstallPrinter(const PrinterSetup& setup) {
     AddDriver(setup);
+    const bool withDevice = !setup.deviceProfile.empty();
+    if (withDevice) EnsureLocalPort(kDevicePort);
     InstalledPrinter installed;
     installed.name = setup.printerName;
     installed.created = !PrinterExists(setup.printerName);
-    if (installed.created) AddPrinter(setup.printerName);
+    if (installed.created) {
+        AddPrinter(setup.printerName, withDevice ? kDevicePort : L"FILE:");
+    } else if (withDevice) {
+        AttachToPort(setup.printerName, kDevicePort);
+    }
     installed.driverDirectory = DriverDirectoryOf(setup.printerName);
     if (installed.driverDirectory.empty()) Fail("GetPrinterDriver");
+    if (withDevice) InstallDeviceProfile(setup.deviceProfile, installed.driverDirectory);
     return installed;
 }
 

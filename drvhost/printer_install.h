@@ -15,6 +15,8 @@ inline constexpr wchar_t kDriverEnvironment[] = L"Windows x64";
 inline constexpr wchar_t kCoreDriverFile[] = L"zxcoresim.dll";
 inline constexpr wchar_t kPluginFile[] = L"zxtaluUI14.dll";
 inline constexpr wchar_t kDescriptionFile[] = L"zxtalu.gpd";
+// The local port of a printer whose device the device simulator plays.
+inline constexpr wchar_t kDevicePort[] = L"USB001";
 
 struct PrinterSetup {
     std::wstring printerName = kDefaultPrinterName;
@@ -22,6 +24,10 @@ struct PrinterSetup {
     // Further files of the driver directory, installed when the build has them.
     std::vector<std::wstring> extraFiles = {L"mortalures18.dll", L"unires.dll", L"zxtaluudm.dll", L"zxbuio.dll",
                                             L"mortaluDataMap.xml"};
+    // A device profile for the device simulator: copied into the driver directory, and the
+    // printer is attached to the local port kDevicePort, on which the plug-in finds the device.
+    // Empty: the printer keeps its port (FILE: when it is new) and the installed profile stays.
+    std::wstring deviceProfile;
 };
 
 struct InstalledPrinter {

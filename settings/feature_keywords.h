@@ -32,6 +32,8 @@ inline constexpr char PrintingShortcut[] = "PrintingShortcut";
 inline constexpr char ShortcutBitmaps[] = "ShortcutBitmaps";
 inline constexpr char AllSettingsfor_PS[] = "AllSettingsfor_PS";
 inline constexpr char MonoConfig[] = "MonoConfig";
+inline constexpr char BidiDefaults[] = "BidiDefaults";
+inline constexpr char ZXDataCollectionXML[] = "ZXDataCollectionXML";
 inline constexpr char ZXColorManagement[] = "ZXColorManagement";
 }  // namespace Feature
 

@@ -1,0 +1,78 @@
+// Owner of a printer's handles and store of the device answers kept in the printer's driver data
+// (the key "PrinterDriverData"), with what port discovery learnt about the printer's port.
+#pragma once
+
+#include "device/device_platform.h"
+#include "util/scoped.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// How the printer is attached; decided by port discovery.
+enum PortKind : int32_t {
+    kPortUnknown = -1,
+    kPortUsb = 0,
+    kPortWsd = 1,
+    kPortTcpIp = 2,
+    kPortRediscovery = 4,  // the network re-discovery port monitor
+};
+
+class VPrinterAccess {
+public:
+    enum class ValueRead : int { Read = 0, Missing = -1, Failed = 1 };
+
+    // With no handle, opens the printer by name with full access and owns that handle.
+    VPrinterAccess(const wchar_t* printerName, HANDLE printer);
+    ~VPrinterAccess() = default;
+    VPrinterAccess(const VPrinterAccess&) = delete;
+    VPrinterAccess& operator=(const VPrinterAccess&) = delete;
+
+    // Missing: no such value. Read: a REG_SZ becomes VT_BSTR, a REG_DWORD VT_BOOL holding its low
+    // 16 bits, any other type leaves the VARIANT empty. Failed: the value could not be fetched.
+    ValueRead ReadValue(const wchar_t* name, zx::unique_variant& value);
+
+    // VT_BSTR is stored as REG_SZ without its terminating null, VT_BOOL as a REG_DWORD of its 16
+    // bits; other types are not stored. A refused write is tried once more on a handle opened
+    // with full access. True when one of the writes succeeded.
+    bool WriteValue(const wchar_t* name, const VARIANT& value);
+    // A REG_DWORD of the 16 bits of number, or a REG_SZ, written as WriteValue does.
+    bool WriteNumber(const wchar_t* name, int16_t number);
+    bool WriteText(const wchar_t* name, const std::wstring& text);
+
+    // The printer's level-2 information, owned by this object until the next call; null when
+    // it cannot be read or names no driver.
+    const PRINTER_INFO_2W* GetPrinterInfo();
+
+    HANDLE PrinterHandle() const noexcept { return m_printer; }
+    const std::wstring& PrinterName() const noexcept { return m_printerName; }
+    // The server part of the port monitor's name: always empty, the printer is local.
+    const std::wstring& ServerName() const noexcept { return m_serverName; }
+
+    int32_t PortKind() const noexcept { return m_portKind; }
+    const std::wstring& PortName() const noexcept { return m_portName; }
+    const std::wstring& IpAddress() const noexcept { return m_ipAddress; }
+    HANDLE XcvHandle() const noexcept { return m_xcv.get(); }
+
+    void SetPort(int32_t kind, std::wstring name) {
+        m_portKind = kind;
+        m_portName = std::move(name);
+    }
+    void SetIpAddress(std::wstring address) { m_ipAddress = std::move(address); }
+    void ReplaceXcvHandle(HANDLE xcv) noexcept { m_xcv.reset(xcv); }
+
+private:
+    zx::unique_spooler_handle OpenWithFullAccess() const;
+    ValueRead ReadText(const wchar_t* name, DWORD size, zx::unique_variant& value) const;
+    ValueRead ReadNumber(const wchar_t* name, zx::unique_variant& value) const;
+
+    zx::unique_spooler_handle m_ownedPrinter;
+    HANDLE m_printer = nullptr;  // the creator's handle, or m_ownedPrinter's
+    zx::unique_spooler_handle m_xcv;
+    std::wstring m_printerName;
+    int32_t m_portKind = kPortUnknown;
+    std::wstring m_portName;
+    std::wstring m_ipAddress;
+    std::wstring m_serverName;
+    std::vector<BYTE> m_printerInfo;
+};

@@ -1,0 +1,235 @@
+// Accessory detection against the device simulator on an in-memory spooler: the query cycle,
+// what is stored for each answer, the defaults after a failed query, and the re-query.
+#include "devicesim/device_sim.h"
+#include "tests/device/accessories.h"
+#include "tests/device/device_bed.h"
+#include "tests/device/fake_spooler.h"
+#include "tests/support/fake_core_helper.h"
+#include "tests/support/plugin_module.h"
+
+#include <gtest/gtest.h>
+
+using namespace zxtest;
+
+namespace {
+
+class AccessoryTest : public testing::Test {
+protected:
+    AccessoryTest() {
+        spooler.driverPath = bed.DriverPath();
+        helper.SetOptionList("BidiDefaults", {"DUPLEXUNIT:1", "TRAY2:0", "PHOTOTRAY:0", "COLORSUPPORT:1"});
+        helper.SetOption("ZXDataCollectionXML", "mortaluDataMap.xml");
+    }
+    std::shared_ptr<VUDMClient> Client() {
+        auto client = std::make_shared<VUDMClient>(L"P", nullptr, &helper);
+        EXPECT_TRUE(client->Connect());
+        return client;
+    }
+    Accessories Query() { return AccessoriesOf(Client()->QueryAccessories().get()); }
+    Accessories Defaults() {
+        AccessoryDefaults values;
+        EXPECT_EQ(helper.behaviour == FakeCoreHelper::Behaviour::Answer, Client()->ReadBidiDefaults(values));
+        return {values.duplexUnit, values.tray2, values.photoTray, values.colorPrinting, values.duplex, 0};
+    }
+
+    DeviceBed bed;
+    FakeSpooler spooler;
+    FakeCoreHelper helper;
+};
+
+}  // namespace
+
+TEST_F(AccessoryTest, BidiDefaultsKeywordsSetTheirValuesByExactKey) {
+    helper.SetOptionList("BidiDefaults",
+                         {"DUPLEXUNIT:0", "TRAY2:Yes1", "PHOTOTRAY:none", "COLORSUPPORT:10", "Tray2:0", "TRAY2"});
+    EXPECT_EQ((Accessories{0, 1, 0, 1, 0, 0}), Defaults());
+    helper.SetOptionList("BidiDefaults", {"TRAY2:1", std::string(260, 'K') + ":0", "COLORSUPPORT:0"});
+    EXPECT_EQ((Accessories{1, 1, 1, 1, 0, 0}), Defaults());  // the overlong key ended the table
+    helper.behaviour = FakeCoreHelper::Behaviour::FailEveryCall;
+    EXPECT_EQ((Accessories{1, 0, 1, 1, 0, 0}), Defaults());
+}
+
+TEST_F(AccessoryTest, TheFirstQueryStoresTheAnswersLaterOnesReadThemUntilTheDeviceIsAskedAgain) {
+    bed.PinLibraries();
+    {
+        auto client = Client();
+        EXPECT_EQ(kColourDevice, AccessoriesOf(client->GetData()));
+        EXPECT_EQ(client->GetData(), client->QueryAccessories().get());
+        EXPECT_EQ(1, client->GetData()->GetModelFamily());
+        EXPECT_EQ(1, client->GetData()->IsModelFamilyA());
+    }
+    EXPECT_EQ(0, bed.LiveSimulatorObjects());
+    EXPECT_TRUE(spooler.handles.empty());
+    EXPECT_EQ(std::optional<DWORD>(1), spooler.Number(L"BidiQuery"));
+    for (const wchar_t* name : {L"DuplexUnit", L"Duplex", L"TrayState2", L"PhotoTray", L"ColorPrinting"}) {
+        EXPECT_EQ(std::optional<DWORD>(1), spooler.Number(name)) << name;
+    }
+    EXPECT_EQ(std::optional<std::wstring>(L"CID:QAMA_ZX2610"), spooler.Text(L"CID"));
+
+    bed.UseSampleProfile(L"mono-basic.profile");
+    EXPECT_EQ(kColourDevice, Query());
+    Holder holder;
+    RequeryDevice(L"P", &helper, holder);
+    ASSERT_NE(nullptr, holder.client);
+    EXPECT_EQ(kMonoDevice, AccessoriesOf(holder.client->GetData()));
+    EXPECT_EQ(0, holder.client->GetData()->GetModelFamily());
+    EXPECT_EQ(std::optional<DWORD>(0), spooler.Number(L"TrayState2"));  // asked, not answered
+    EXPECT_EQ(std::optional<std::wstring>(L"CID:TORVELL_ZX1200"), spooler.Text(L"CID"));
+}
+
+TEST_F(AccessoryTest, AFailedQueryGivesTheDefaultsOnceAndAsksAgainNextTime) {
+    for (const char* profile : {"!no-address\ncfg:Protocol=KELP\n", "!no-collection\ncfg:Protocol=KELP\n"}) {
+        bed.WriteProfile(profile);
+        EXPECT_EQ(kSampleDefaults, Query()) << profile;
+    }
+    spooler.portName = L"FILE:";
+    EXPECT_EQ(kSampleDefaults, Query());
+    EXPECT_EQ(std::nullopt, spooler.Number(L"BidiQuery"));
+    helper.behaviour = FakeCoreHelper::Behaviour::FailEveryCall;  // no "BidiDefaults" either
+    EXPECT_EQ((Accessories{1, 0, 1, 1, 0, 0}), Query());
+
+    spooler.portName = L"USB001";
+    helper.behaviour = FakeCoreHelper::Behaviour::Answer;
+    bed.UseSampleProfile(L"colour-duplex.profile");
+    auto client = Client();
+    const std::shared_ptr<VIOData> record = client->QueryAccessories();
+    spooler.data[L"BidiQuery"] = NumberValue(0);
+    bed.WriteProfile("!no-address\n");
+    EXPECT_EQ(record, client->QueryAccessories());  // kept as it was
+    EXPECT_EQ(kColourDevice, AccessoriesOf(record.get()));
+}
+
+TEST_F(AccessoryTest, MissingEntryPointsFailTheQueryWithoutLeaks) {
+    for (const wchar_t* library : {kBidiIoLibrary, kDeviceModelLibrary}) {
+        DeviceBed bare;
+        bare.UseLibraryWithoutEntryPoints(library);
+        bare.PinLibraries();
+        spooler.driverPath = bare.DriverPath();
+        EXPECT_EQ(E_FAIL, Client()->RunDeviceQuery());
+        EXPECT_EQ(kSampleDefaults, Query());
+        EXPECT_EQ(0, bare.LiveSimulatorObjects());
+    }
+    EXPECT_TRUE(spooler.data.empty());
+}
+
+TEST_F(AccessoryTest, ADeviceWithoutProtocolStoresNothingAndThePresetsApply) {
+    bed.WriteProfile("dd:DuplexUnit=Installed\nCID=CID:QAMB;\n");
+    EXPECT_EQ(S_OK, Client()->RunDeviceQuery());
+    EXPECT_TRUE(spooler.data.empty());
+    const std::shared_ptr<VIOData> record = Client()->QueryAccessories();
+    EXPECT_EQ((Accessories{0, 0, 1, 1, 0, 1}), AccessoriesOf(record.get()));
+    EXPECT_EQ(0, record->IsModelFamilyA());
+    EXPECT_EQ(1, record->GetModelFamily());
+    EXPECT_EQ(std::optional<DWORD>(1), spooler.Number(L"BidiQuery"));
+}
+
+TEST_F(AccessoryTest, EachAnswerIsStoredByTheRuleOfItsKey) {
+    bed.WriteDataMap(R"(<DataMaps><XMLDataMap Protocol="KELP"><StaticDataItem Name="CID"/>
+        <DataItem Prefix="dd" Name="DuplexUnit"/><DataItem Prefix="dd" Name="Duplex"/>
+        <DataItem Prefix="ink" Name="ColorPrinting"/><DataItem Prefix="x" Name="Protocol"/>
+        <DataItem Prefix="x" Name="Other"/><DataItem Prefix="x" Name="Missing"/>
+        <DataItem Prefix="x" Name="Number"/><DataItem Name="Long"/></XMLDataMap></DataMaps>)");
+    bed.WriteProfile(
+        "Protocol=KELP\nCID=MFG:X;CID:ABC123;MDL:Y\ndd:DuplexUnit=Installed \ndd:Duplex=enabled\n"
+        "ink:ColorPrinting=Enabled\nx:Protocol=KELP v2\nx:Other=\nx:Number=(i4)0\nLong=" +
+        std::string(300000, 'L') + "\n");
+    EXPECT_EQ(S_OK, Client()->RunDeviceQuery());
+    EXPECT_EQ(std::optional<std::wstring>(L"CID:ABC123"), spooler.Text(L"CID"));
+    EXPECT_EQ(std::optional<std::wstring>(L"KELP v2"), spooler.Text(L"Protocol"));
+    const std::pair<const wchar_t*, DWORD> numbers[] = {{L"DuplexUnit", 0}, {L"Duplex", 1},  {L"ColorPrinting", 0},
+                                                        {L"Other", 1},      {L"Missing", 0}, {L"Number", 1},
+                                                        {L"Long", 1}};
+    for (const auto& [name, number] : numbers) EXPECT_EQ(std::optional<DWORD>(number), spooler.Number(name)) << name;
+
+    spooler.data.clear();
+    bed.WriteProfile("cfg:Protocol=KELP\nCID=MFG:X;MDL:Y\n");
+    EXPECT_EQ(S_OK, Client()->RunDeviceQuery());
+    EXPECT_EQ(0u, spooler.data.count(L"CID"));
+    EXPECT_EQ(8u, spooler.data.size());  // the other answers, unanswered
+
+    spooler.data.clear();
+    bed.WriteProfile("cfg:Protocol=(i4)5\nCID=CID:X\n");  // a number names no protocol
+    EXPECT_EQ(S_OK, Client()->RunDeviceQuery());
+    EXPECT_TRUE(spooler.data.empty());
+}
+
+TEST_F(AccessoryTest, OnlyNumbersStoredInTheDriverDataReplaceThePresets) {
+    spooler.data = {{L"BidiQuery", NumberValue(1)},
+                    {L"DuplexUnit", TextValue(L"1")},
+                    {L"Duplex", NumberValue(0x00020001)},
+                    {L"PhotoTray", NumberValue(0)},
+                    {L"ColorPrinting", NumberValue(0x0001FFFF)},
+                    {L"CID", TextValue(L"CID:qamb-9")}};
+    bed.WriteProfile("!no-address\n");  // asking the device would fail
+    const std::shared_ptr<VIOData> record = Client()->QueryAccessories();
+    EXPECT_EQ((Accessories{0, 0, 0, -1, 1, 1}), AccessoriesOf(record.get()));
+    EXPECT_EQ(2, record->GetModelFamily());
+}
+
+TEST_F(AccessoryTest, RefusedWritesLeaveTheQueryCycleOpen) {
+    spooler.refuseAllWrites = true;
+    EXPECT_EQ((Accessories{0, 0, 1, 1, 0, 1}), Query());
+    EXPECT_TRUE(spooler.data.empty());
+    EXPECT_EQ(2 * 7u, spooler.refusedWrites.size());  // six answers and BidiQuery, each tried twice
+}
+
+TEST_F(AccessoryTest, WithoutAReadableDriverDirectoryNoLibraryIsLoadedAndRequeryOnlyRestarts) {
+    for (const std::wstring& path : {std::wstring(L"zxcoresim.dll"), L"C:\\" + std::wstring(300, L'd') + L"\\x.dll"}) {
+        spooler.driverPath = path;
+        VUDMClient client(L"P", nullptr, &helper);
+        EXPECT_EQ(L"", client.GetDriverDirectory());
+        EXPECT_FALSE(client.Connect());
+    }
+    Holder holder;
+    RequeryDevice(L"P", &helper, holder);
+    ASSERT_NE(nullptr, holder.client);
+    EXPECT_FALSE(holder.client->IsConnected());
+    EXPECT_EQ(1u, spooler.data.size());
+    EXPECT_EQ(std::optional<DWORD>(0), spooler.Number(L"BiDiQuery"));
+}
+
+TEST_F(AccessoryTest, EachPortKindAddressesTheDeviceItsWay) {
+    const auto addressSource = [this] {
+        auto client = Client();
+        zx::unique_device_address address;
+        zx::ComPtr<IDeviceDataCollection> collection;
+        std::wstring path;
+        if (!client->CreateDeviceAddress(address)) return std::wstring(L"none");
+        client->CreateDataCollection(address.get(), collection.GetAddressOf(), path);
+        zx::unique_variant source;  // GetValue is the collection's sixth slot
+        CallSlot<HRESULT>(collection.Get(), 5, kSimAddressItem, source.put());
+        return std::wstring((*source).bstrVal);
+    };
+    EXPECT_EQ(L"port:USB001", addressSource());
+    spooler.ports = {{L"IP_1", L"Standard TCP/IP Port"}, {L"NRD_1", L"Network re-discovery port monitor"}};
+    spooler.portName = L"IP_1";
+    XcvAnswer answer;
+    wcscpy(answer.config.hostAddress, L"192.168.0.7");
+    spooler.xcvAnswers = {answer};
+    EXPECT_EQ(L"ip:192.168.0.7", addressSource());
+    EXPECT_EQ(L"ip:0.0.0.0", addressSource());  // the monitor no longer answers
+    spooler.portName = L"NRD_1";
+    spooler.majorVersion = 5;
+    EXPECT_EQ(L"none", addressSource());
+    spooler.majorVersion = 6;
+    EXPECT_EQ(L"ip:0.0.0.0", addressSource());
+    spooler.portName = L"LPT1:";
+    EXPECT_EQ(L"none", addressSource());
+}
+
+TEST_F(AccessoryTest, TheDataMapIsTheDriversChoiceOrTheDefault) {
+    auto client = Client();
+    zx::unique_device_address address;
+    ASSERT_TRUE(client->CreateDeviceAddress(address));
+    zx::ComPtr<IDeviceDataCollection> collection;
+    std::wstring path;
+    helper.SetOption("ZXDataCollectionXML", "other.xml");
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND),
+              client->CreateDataCollection(address.get(), collection.GetAddressOf(), path));
+    EXPECT_EQ(bed.Directory() + L"other.xml", path);
+    helper.behaviour = FakeCoreHelper::Behaviour::FailEveryCall;
+    EXPECT_EQ(E_FAIL, client->CreateDataCollection(nullptr, collection.GetAddressOf(), path));
+    EXPECT_EQ(bed.Directory() + L"mortaluDataMap.xml", path);
+    EXPECT_EQ(S_OK, client->CreateDataCollection(address.get(), collection.GetAddressOf(), path));
+    EXPECT_NE(nullptr, collection.Get());
+}

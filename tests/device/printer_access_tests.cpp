@@ -1,0 +1,99 @@
+// Values in the printer's driver data: the type rules of reading and writing, the second handle
+// for refused writes, and stores that lie about their values.
+#include "device/printer_access.h"
+#include "tests/device/fake_spooler.h"
+
+#include <gtest/gtest.h>
+
+using Read = VPrinterAccess::ValueRead;
+
+TEST(PrinterAccess, ReadsNumbersAsTheirLow16BitsTextWithOrWithoutTerminatorAndNothingElse) {
+    zxtest::FakeSpooler spooler;
+    spooler.data[L"Big"] = zxtest::NumberValue(0x00010001);
+    spooler.data[L"Minus"] = zxtest::NumberValue(0x0000FFFF);
+    spooler.data[L"Bare"] = zxtest::TextValue(L"abc", false);
+    spooler.data[L"Binary"] = zxtest::StoredValue{REG_BINARY, {1, 2, 3}};
+    VPrinterAccess access(L"P", nullptr);
+
+    zx::unique_variant value;
+    EXPECT_EQ(Read::Read, access.ReadValue(L"Big", value));
+    EXPECT_EQ(VT_BOOL, value.type());
+    EXPECT_EQ(1, (*value).boolVal);
+    EXPECT_EQ(Read::Read, access.ReadValue(L"minus", value));  // names compare without case
+    EXPECT_EQ(-1, (*value).boolVal);
+    EXPECT_EQ(Read::Read, access.ReadValue(L"Bare", value));
+    ASSERT_EQ(VT_BSTR, value.type());
+    EXPECT_EQ(std::wstring(L"abc"), std::wstring((*value).bstrVal, SysStringLen((*value).bstrVal)));
+    EXPECT_EQ(Read::Read, access.ReadValue(L"Binary", value));
+    EXPECT_EQ(VT_EMPTY, value.type());
+    EXPECT_EQ(Read::Missing, access.ReadValue(L"Absent", value));
+}
+
+TEST(PrinterAccess, ValuesThatCannotBeFetchedOrLieAboutTheirSizeFail) {
+    zxtest::FakeSpooler spooler;
+    spooler.data[L"Broken"] = zxtest::TextValue(L"text");
+    spooler.data[L"Broken"].unreadable = true;
+    spooler.data[L"Wide"] = zxtest::NumberValue(5);
+    spooler.data[L"Wide"].claimedSize = 8;
+    spooler.data[L"Huge"] = zxtest::TextValue(L"x");
+    spooler.data[L"Huge"].claimedSize = 0x7FFFFFFE;
+    VPrinterAccess access(L"P", nullptr);
+    zx::unique_variant value;
+    for (const wchar_t* name : {L"Broken", L"Wide", L"Huge"}) {
+        EXPECT_EQ(Read::Failed, access.ReadValue(name, value)) << name;
+        EXPECT_EQ(VT_EMPTY, value.type());
+    }
+}
+
+TEST(PrinterAccess, WritesTextWithoutTerminatorBooleansAsFourBytesAndNothingElse) {
+    zxtest::FakeSpooler spooler;
+    VPrinterAccess access(L"P", nullptr);
+    EXPECT_TRUE(access.WriteText(L"CID", L"abc"));
+    EXPECT_EQ(6u, spooler.data[L"CID"].bytes.size());
+    EXPECT_TRUE(access.WriteNumber(L"True", VARIANT_TRUE));
+    EXPECT_EQ(std::optional<DWORD>(0xFFFF), spooler.Number(L"True"));
+
+    VARIANT other;
+    other.vt = VT_I4;
+    other.lVal = 1;
+    EXPECT_FALSE(access.WriteValue(L"Number", other));
+    other.vt = VT_BSTR;
+    other.bstrVal = nullptr;
+    EXPECT_FALSE(access.WriteValue(L"Null", other));
+    EXPECT_EQ(2u, spooler.data.size());
+}
+
+TEST(PrinterAccess, ARefusedWriteIsTriedOnceMoreThroughAHandleWithFullAccess) {
+    zxtest::FakeSpooler spooler;
+    const HANDLE restricted = spooler.OpenRestricted();
+    {
+        VPrinterAccess access(L"P", restricted);
+        EXPECT_TRUE(access.WriteNumber(L"Duplex", 1));
+        EXPECT_EQ(std::vector<std::wstring>{L"P"}, spooler.openedNames);
+        EXPECT_EQ(std::vector<std::wstring>{L"Duplex"}, spooler.refusedWrites);
+        EXPECT_EQ(std::optional<DWORD>(1), spooler.Number(L"Duplex"));
+        EXPECT_EQ(1u, spooler.handles.size());  // the second handle is closed again
+
+        spooler.refuseAllWrites = true;
+        EXPECT_FALSE(access.WriteNumber(L"Duplex", 0));
+        EXPECT_EQ(std::optional<DWORD>(1), spooler.Number(L"Duplex"));
+    }
+    EXPECT_EQ(1u, spooler.handles.size());  // the creator's handle stays the creator's
+}
+
+TEST(PrinterAccess, PrinterInformationNeedsAHandleAndADriver) {
+    zxtest::FakeSpooler spooler;
+    {
+        VPrinterAccess access(L"P", nullptr);
+        ASSERT_NE(nullptr, access.GetPrinterInfo());
+        EXPECT_STREQ(L"USB001", access.GetPrinterInfo()->pPortName);
+        spooler.driverName.clear();
+        EXPECT_EQ(nullptr, access.GetPrinterInfo());
+    }
+    EXPECT_TRUE(spooler.handles.empty());
+    VPrinterAccess unknown(L"Q", nullptr);
+    EXPECT_EQ(nullptr, unknown.PrinterHandle());
+    EXPECT_EQ(nullptr, unknown.GetPrinterInfo());
+    EXPECT_FALSE(unknown.WriteNumber(L"BidiQuery", 0));
+    EXPECT_EQ(nullptr, VPrinterAccess(nullptr, INVALID_HANDLE_VALUE).GetPrinterInfo());
+}
