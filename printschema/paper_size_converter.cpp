@@ -141,14 +141,14 @@ private:
     HRESULT WriteSnappedSettings(const DevModeContext& context) {
         PCSTR touched = nullptr;
         if (context.Option(Feature::TouchByUser, &touched) != S_OK || Equals(touched, "On")) return S_OK;
-        SnappingRecord record{};
-        wchar_t mediaName[kSnappedMediaNameCapacity] = {};
+        zx::SnappingRecord record{};
+        zx::MediaTypeName mediaName = {};
         if (zx::SnapForTicket(context.helper.Get(), context.devMode, context.devModeSize, &record, mediaName) != 0) {
             return S_OK;
         }
 
-        const wchar_t* quality = NameOf(kQualityNames, record.qualityIndex);
-        const wchar_t* borderless = NameOf(kBorderlessNames, record.borderlessIndex);
+        const wchar_t* quality = NameOf(kQualityNames, record.quality);
+        const wchar_t* borderless = NameOf(kBorderlessNames, record.borderless);
         wchar_t inputBin[16];
         std::swprintf(inputBin, std::size(inputBin), L"%c%d", L'_', record.inputBin);
         if (HasStandardFeature(L"PageMediaType")) ReplaceStandardFeature(L"PageMediaType", mediaName, Private);
