@@ -1,13 +1,19 @@
 // The module entry point and the DLL's two exports. Everything else is reached through them.
 #include "core/class_factory.h"
 #include "core/module_state.h"
+#include "diagnostics/log_module.h"
 
 #include <windows.h>
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID /*reserved*/) {
-    // Only the instance handle is taken here: the loader lock is held, so anything that loads
-    // libraries, reads the registry or starts COM waits for first use.
-    if (reason == DLL_PROCESS_ATTACH) zx::SetModuleInstance(instance);
+    // The loader lock is held: the log module is made and destroyed here, but it reads the
+    // registry, creates its shared blocks and starts COM only when a line is first written.
+    if (reason == DLL_PROCESS_ATTACH) {
+        zx::SetModuleInstance(instance);
+        NGLogging::CreatePluginLog();
+    } else if (reason == DLL_PROCESS_DETACH) {
+        NGLogging::DestroyPluginLog();
+    }
     return TRUE;
 }
 

@@ -1,6 +1,7 @@
 #include "core/ui_interface.h"
 
 #include "core/color_profile.h"
+#include "core/resource_libraries.h"
 #include "settings/private_devmode.h"
 #include "util/result.h"
 
@@ -12,7 +13,10 @@ long g_liveObjects = 0;
 
 VUIInterfaceImpl::VUIInterfaceImpl() : CUnknown(IID_IPrintOemUI) { ++g_liveObjects; }
 
-VUIInterfaceImpl::~VUIInterfaceImpl() { --g_liveObjects; }
+// The string libraries serve every property sheet of the process and go with the last object.
+VUIInterfaceImpl::~VUIInterfaceImpl() {
+    if (--g_liveObjects == 0) zx::FreeResourceLibraries();
+}
 
 long VUIInterfaceImpl::LiveCount() noexcept { return g_liveObjects; }
 

@@ -36,6 +36,10 @@ public:
     STDMETHODIMP FontInstallerDlgProc(HWND hWnd, UINT usMsg, WPARAM wParam, LPARAM lParam) override;
     STDMETHODIMP UpdateExternalFonts(HANDLE hPrinter, HANDLE hHeap, PWSTR pwstrCartridges) override;
 
+    // The helper interfaces taken in PublishDriverInterface; null until then.
+    IPrintOemDriverUI* DriverUI() const noexcept { return m_driverUI.Get(); }
+    IPrintCoreHelper* CoreHelper() const noexcept { return m_coreHelper.Get(); }
+
     // Number of UI plug-in objects alive in the process.
     static long LiveCount() noexcept;
 

@@ -1,7 +1,7 @@
 #include "printschema/application_detection.h"
 
 #include "printschema/print_schema_names.h"
-#include "printschema/process_inspection.h"
+#include "printschema/host_process.h"
 #include "printschema/ticket_handler.h"
 #include "util/result.h"
 

@@ -44,4 +44,10 @@ inline constexpr char PCL[] = "PCL";
 inline constexpr char PCLmS[] = "PCLmS";
 inline constexpr char False[] = "FALSE";
 inline constexpr char Off[] = "OFF";
+inline constexpr char BorderlessOverspray[] = "BorderlessOverspray";
+// The edge-to-edge paper sizes, which imply borderless printing.
+inline constexpr char EdgeToEdgeA4[] = "ZX_EDGETOEDGE_A4";
+inline constexpr char EdgeToEdgeLetter[] = "ZX_EDGETOEDGE_LETTER";
+inline constexpr char EdgeToEdgeTabloid[] = "Edge_to_Edge_Tabloid";
+inline constexpr char EdgeToEdgeA3[] = "Edge_to_Edge_A3";
 }  // namespace Option

@@ -1,7 +1,7 @@
 // Application detection with the process-inspection table replaced by a stand-in host, and file
 // descriptions read from the version resources of real programs built beside the tests.
 #include "printschema/application_detection.h"
-#include "printschema/process_inspection.h"
+#include "printschema/host_process.h"
 #include "printschema/ticket_handler.h"
 #include "tests/printschema/dom_support.h"
 

@@ -32,8 +32,13 @@ STDMETHODIMP_(ULONG) FakeCoreHelper::AddRef() { return static_cast<ULONG>(Interl
 // Lives on the test's stack: the count only records what the plug-in holds.
 STDMETHODIMP_(ULONG) FakeCoreHelper::Release() { return static_cast<ULONG>(InterlockedDecrement(&m_refCount)); }
 
-STDMETHODIMP FakeCoreHelper::DrvUpdateUISetting(PVOID, PVOID, DWORD, DWORD) {
+STDMETHODIMP FakeCoreHelper::DrvUpdateUISetting(PVOID pci, PVOID pOptItem, DWORD dwPreviousSelection, DWORD dwMode) {
     ++updateUISettingCalls;
+    const auto* item = static_cast<const OPTITEM*>(pOptItem);
+    const bool hasSelectedOption = item && item->pOptType && item->pOptType->pOptParam && item->Sel >= 0 &&
+                                   item->Sel < item->pOptType->Count;
+    const BYTE flags = hasSelectedOption ? item->pOptType->pOptParam[item->Sel].Flags : 0;
+    updates.push_back({pci, pOptItem, dwPreviousSelection, dwMode, flags});
     return behaviour == Behaviour::FailEveryCall ? E_FAIL : S_OK;
 }
 

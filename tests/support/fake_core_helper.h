@@ -31,6 +31,15 @@ public:
     std::vector<std::string> askedFeatures;
     std::vector<DWORD> askedDevModeSizes;
     int updateUISettingCalls = 0;
+    // Each DrvUpdateUISetting call, with the flags of the item's selected option at that moment.
+    struct UpdateCall {
+        PVOID uiObject;
+        PVOID item;
+        DWORD previousSelection;
+        DWORD mode;
+        BYTE selectedOptionFlags;
+    };
+    std::vector<UpdateCall> updates;
     ULONG RefCount() const { return static_cast<ULONG>(m_refCount); }
 
     // IUnknown

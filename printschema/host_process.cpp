@@ -1,4 +1,4 @@
-#include "printschema/process_inspection.h"
+#include "printschema/host_process.h"
 
 #include "util/scoped.h"
 

@@ -1,0 +1,167 @@
+#include "core/resource_libraries.h"
+
+#include "util/scoped.h"
+
+#include <cwchar>
+#include <memory>
+#include <new>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace zx {
+namespace {
+
+bool ReadOsVersion(RTL_OSVERSIONINFOW* version) noexcept {
+    // RtlGetVersion tells the truth whatever the calling program's manifest declares.
+    using RtlGetVersionFn = LONG(WINAPI*)(RTL_OSVERSIONINFOW*);
+    const HMODULE ntdll = ::GetModuleHandleW(L"ntdll.dll");
+    const FARPROC address = ntdll ? ::GetProcAddress(ntdll, "RtlGetVersion") : nullptr;
+    if (address == nullptr) return false;
+    const auto getVersion = reinterpret_cast<RtlGetVersionFn>(reinterpret_cast<void (*)()>(address));
+    version->dwOSVersionInfoSize = sizeof(*version);
+    return getVersion(version) == 0;
+}
+
+const ResourcePlatform g_realPlatform = {&::OpenPrinterW,   &::GetPrinterDriverW, &::ClosePrinter,
+                                         &::GetUserDefaultUILanguage, &::LoadLibraryExW, &::FreeLibrary,
+                                         &::MessageBoxW,    &ReadOsVersion};
+ResourcePlatform g_platform = g_realPlatform;
+
+HMODULE g_uiStrings = nullptr;
+HMODULE g_fallbackStrings = nullptr;
+
+// The libraries hold resources only: mapped as images for their resources, never run.
+constexpr DWORD kResourceOnly = LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE;
+constexpr DWORD kDriverInfoLevel = 2;
+
+struct PrinterThroughPlatform {
+    using type = HANDLE;
+    static HANDLE invalid() noexcept { return nullptr; }
+    static void close(HANDLE printer) noexcept { g_platform.closePrinter(printer); }
+};
+using platform_printer = unique_any<PrinterThroughPlatform>;
+
+platform_printer OpenPrinterByName(PCWSTR printerName) noexcept {
+    HANDLE printer = nullptr;
+    if (printerName == nullptr || !g_platform.openPrinter(const_cast<LPWSTR>(printerName), &printer, nullptr)) {
+        return platform_printer();
+    }
+    return platform_printer(printer);
+}
+
+// The driver file's path as the spooler answers it, read no further than the answer's buffer.
+std::wstring_view DriverPathIn(const std::vector<BYTE>& answer) noexcept {
+    const auto* info = reinterpret_cast<const DRIVER_INFO_2W*>(answer.data());
+    const auto* path = reinterpret_cast<const BYTE*>(info->pDriverPath);
+    const BYTE* end = answer.data() + answer.size();
+    if (path < answer.data() + sizeof(DRIVER_INFO_2W) || path >= end) return {};
+    const size_t room = static_cast<size_t>(end - path) / sizeof(wchar_t);
+    return {info->pDriverPath, ::wcsnlen(info->pDriverPath, room)};
+}
+
+// The directory of the printer's driver file, with its trailing backslash; empty when unknown.
+std::wstring DriverDirectory(HANDLE printer) {
+    DWORD needed = 0;
+    g_platform.getPrinterDriver(printer, nullptr, kDriverInfoLevel, nullptr, 0, &needed);
+    if (needed < sizeof(DRIVER_INFO_2W)) return {};
+    std::vector<BYTE> answer(needed);
+    if (!g_platform.getPrinterDriver(printer, nullptr, kDriverInfoLevel, answer.data(), needed, &needed)) return {};
+    const std::wstring_view path = DriverPathIn(answer);
+    const size_t slash = path.find_last_of(L'\\');
+    return slash == std::wstring_view::npos ? std::wstring() : std::wstring(path.substr(0, slash + 1));
+}
+
+HMODULE LoadFromDriverDirectory(PCWSTR printerName, PCWSTR baseName, HANDLE printer) {
+    if (baseName == nullptr) return nullptr;
+    platform_printer opened;
+    if (printer == nullptr) {
+        opened = OpenPrinterByName(printerName);
+        if (!opened) return nullptr;
+        printer = opened.get();
+    }
+    const std::wstring directory = DriverDirectory(printer);
+    if (directory.empty()) return nullptr;
+    const std::wstring path = directory + baseName + L".dll";
+    return g_platform.loadLibrary(path.c_str(), nullptr, kResourceOnly);
+}
+
+}  // namespace
+
+const ResourcePlatform& RealResourcePlatform() noexcept { return g_realPlatform; }
+
+ResourcePlatform ReplaceResourcePlatform(const ResourcePlatform& platform) noexcept {
+    return std::exchange(g_platform, platform);
+}
+
+HMODULE LoadResourceLibrary(PCWSTR printerName, PCWSTR baseName, HANDLE printer) noexcept {
+    try {
+        return LoadFromDriverDirectory(printerName, baseName, printer);
+    } catch (...) {
+        return nullptr;
+    }
+}
+
+HRESULT LoadResourceLibraries(PCWSTR printerName) noexcept {
+    if (g_uiStrings != nullptr && g_fallbackStrings != nullptr) return S_OK;
+    FreeResourceLibraries();
+    g_uiStrings = LoadResourceLibrary(printerName, kUiStringLibrary);
+    g_fallbackStrings = LoadResourceLibrary(printerName, kFallbackStringLibrary);
+    if (g_uiStrings != nullptr && g_fallbackStrings != nullptr) return S_OK;
+    FreeResourceLibraries();
+    return E_FAIL;
+}
+
+void FreeResourceLibraries() noexcept {
+    if (g_uiStrings != nullptr) g_platform.freeLibrary(g_uiStrings);
+    if (g_fallbackStrings != nullptr) g_platform.freeLibrary(g_fallbackStrings);
+    g_uiStrings = nullptr;
+    g_fallbackStrings = nullptr;
+}
+
+HMODULE UiStringLibrary() noexcept { return g_uiStrings; }
+
+HMODULE FallbackStringLibrary() noexcept { return g_fallbackStrings; }
+
+int LoadUiString(HMODULE library, UINT id, UiString& text) noexcept {
+    text[0] = L'\0';
+    if (library == nullptr) return 0;
+    const int length = ::LoadStringW(library, id, text, kUiStringLength);
+    if (length > 0) return length;
+    text[0] = L'\0';
+    return 0;
+}
+
+int LoadUiString(UINT id, UiString& text) noexcept { return LoadUiString(g_uiStrings, id, text); }
+
+BOOL SetUiText(HWND window, UINT id) noexcept {
+    UiString text;
+    LoadUiString(id, text);
+    return ::SetWindowTextW(window, text);
+}
+
+bool UserUiLanguageIsRightToLeft() noexcept {
+    const WORD language = PRIMARYLANGID(g_platform.userDefaultUILanguage());
+    return language == LANG_ARABIC || language == LANG_HEBREW;
+}
+
+int ShowUiMessage(HWND owner, UINT textId, UINT captionId) noexcept {
+    struct MessageTexts {
+        UiString text;
+        UiString caption;
+    };
+    const std::unique_ptr<MessageTexts> texts(new (std::nothrow) MessageTexts);
+    if (!texts) return 0;
+    LoadUiString(textId, texts->text);
+    LoadUiString(captionId, texts->caption);
+    const UINT type = MB_OK | (UserUiLanguageIsRightToLeft() ? MB_RTLREADING : 0);
+    return g_platform.messageBox(owner, texts->text, texts->caption, type);
+}
+
+DWORD GetSystemMajorVersion() noexcept {
+    RTL_OSVERSIONINFOW version{};
+    return g_platform.osVersion(&version) ? version.dwMajorVersion : 6;
+}
+
+}  // namespace zx

@@ -1,0 +1,52 @@
+#include "settings/paper.h"
+
+#include "settings/feature_keywords.h"
+#include "settings/option_access.h"
+#include "settings/option_items.h"
+#include "ui/paper_names.h"
+
+namespace zx {
+namespace {
+
+bool DisplayNamesMatch(const wchar_t* name, const OPTPARAM& option) noexcept {
+    // The common UI also accepts resource numbers as display names; those never match a text.
+    if (option.pData == nullptr || IS_INTRESOURCE(option.pData)) return false;
+    return ::CompareStringOrdinal(name, -1, option.pData, -1, TRUE) == CSTR_EQUAL;
+}
+
+}  // namespace
+
+DWORD PaperIndexAmong(std::span<const PCSTR> options, PCSTR current) noexcept {
+    if (current == nullptr) return 0;
+    DWORD customSizes = 0;
+    for (size_t position = 0; position < options.size(); ++position) {
+        if (KeywordIs(options[position], Option::CustomSize)) ++customSizes;
+        if (KeywordIs(options[position], current)) {
+            return position >= customSizes ? static_cast<DWORD>(position - customSizes) : 0;
+        }
+    }
+    return 0;
+}
+
+DWORD CurrentPaperIndex(IPrintCoreHelper* helper) noexcept {
+    return PaperIndexAmong(FeatureOptions(helper, Feature::PaperSize), CurrentOption(helper, Feature::PaperSize));
+}
+
+bool IsCustomPaperSize(IPrintCoreHelper* helper) noexcept {
+    return KeywordIs(CurrentOption(helper, Feature::PaperSize), Option::CustomSize);
+}
+
+LONG PaperItemPosition(const OEMCUIPPARAM* params, IPrintCoreHelper* helper, DWORD paperIndex) noexcept {
+    UiString name{};
+    if (!PaperDisplayName(helper, paperIndex, name)) return 0;
+    POPTITEM paper = nullptr;
+    if (FAILED(GetFeatureOptItem(params, Feature::PaperSize, &paper)) || paper == nullptr) return 0;
+    const POPTTYPE type = paper->pOptType;
+    if (type == nullptr || type->pOptParam == nullptr) return 0;
+    for (WORD position = 0; position < type->Count; ++position) {
+        if (DisplayNamesMatch(name, type->pOptParam[position])) return position;
+    }
+    return 0;
+}
+
+}  // namespace zx

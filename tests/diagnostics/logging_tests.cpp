@@ -1,0 +1,240 @@
+// The log module configured through Wine's registry, writing real files: filtering, line
+// composition, the size limit, the queue, the header, function traces and the translation of
+// processor faults.
+#include "diagnostics/file_version_info.h"
+#include "diagnostics/log_function.h"
+#include "diagnostics/log_module.h"
+#include "diagnostics/win32_exception.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <regex>
+#include <sstream>
+
+using namespace NGLogging;
+
+namespace {
+
+constexpr wchar_t kRoot[] = L"Software\\ZX\\NG\\Logging";
+constexpr wchar_t kModule[] = L"DiagModule";
+
+std::wstring ProgramDirectory() {
+    wchar_t path[MAX_PATH];
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    std::wstring directory = path;
+    return directory.substr(0, directory.find_last_of(L'\\') + 1);
+}
+
+class LoggingTest : public testing::Test {
+protected:
+    void SetUp() override {
+        ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, kRoot);
+        wchar_t temp[MAX_PATH];
+        GetTempPathW(MAX_PATH, temp);
+        const std::string test = testing::UnitTest::GetInstance()->current_test_info()->name();
+        logFile = std::wstring(temp) + std::wstring(test.begin(), test.end()) + L".log";
+        DeleteFileW(logFile.c_str());
+    }
+    void TearDown() override { ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, kRoot); }
+
+    // Settings under the root, the executable's key, the module's key or a source file's key.
+    void Configure(const std::wstring& subkey, DWORD categories, DWORD options, DWORD level = 0,
+                   const std::wstring* file = nullptr) {
+        HKEY key = nullptr;
+        const std::wstring path = subkey.empty() ? kRoot : std::wstring(kRoot) + L"\\" + subkey;
+        ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
+                                                 nullptr, &key, nullptr));
+        SetDword(key, L"LogCategories", categories);
+        SetDword(key, L"LogOptions", options);
+        SetDword(key, L"LogInfoDetailLevel", level);
+        const std::wstring& name = file ? *file : logFile;
+        RegSetValueExW(key, L"LogFileName", 0, REG_SZ, reinterpret_cast<const BYTE*>(name.c_str()),
+                       static_cast<DWORD>((name.size() + 1) * sizeof(wchar_t)));
+        RegCloseKey(key);
+    }
+    static void SetDword(HKEY key, const wchar_t* name, DWORD value) {
+        RegSetValueExW(key, name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&value), sizeof(value));
+    }
+    static std::wstring Executable() { return L"diagnostics_tests.exe"; }
+
+    std::string Contents(const std::wstring& path) const {
+        std::ifstream file(path.c_str(), std::ios::binary);
+        std::ostringstream text;
+        text << file.rdbuf();
+        return text.str();
+    }
+    std::string Contents() const { return Contents(logFile); }
+
+    std::wstring logFile;
+};
+
+}  // namespace
+
+TEST_F(LoggingTest, PollIntervalComesFromTheRootKeyWithZeroMeaningThirtySeconds) {
+    Configure(L"", Category::Warning, 0);
+    HKEY key;
+    RegOpenKeyExW(HKEY_LOCAL_MACHINE, kRoot, 0, KEY_ALL_ACCESS, &key);
+    SetDword(key, L"LogParmsPollTime", 0);
+    CLogModule zero(kModule, "Jan 18 2026", "09:30:15", 0, 5);
+    zero.IsEnabled(nullptr, Category::Warning);
+    EXPECT_EQ(30000u, zero.PollMilliseconds());
+
+    SetDword(key, L"LogParmsPollTime", 7);
+    RegCloseKey(key);
+    CLogModule seven(kModule, "Jan 18 2026", "09:30:15", 0, 0);
+    EXPECT_EQ(30000u, seven.PollMilliseconds());  // the constructor's 0 seconds
+    seven.IsEnabled(nullptr, Category::Warning);
+    EXPECT_EQ(7000u, seven.PollMilliseconds());
+}
+
+TEST_F(LoggingTest, InformationLinesAreFilteredByTheirDetailLevel) {
+    Configure(L"", Category::Information, 0, 3);
+    CLogModule log(kModule, "Jan 18 2026", "09:30:15", 0, 30);
+    log.WriteLine(nullptr, Category::Information | 5, nullptr, L"too detailed");
+    log.WriteLine(nullptr, Category::Information | 3, nullptr, L"detailed enough");
+    log.WriteLine(nullptr, Category::Warning, nullptr, L"not a category of this log");
+    EXPECT_EQ("(I3) detailed enough\r\n", Contents());
+}
+
+TEST_F(LoggingTest, FileStopsAtItsSizeLimitWithTheMessage) {
+    Configure(L"", Category::Warning, Option::Date | Option::Time | 1);
+    CLogModule log(kModule, "Jan 18 2026", "09:30:15", 0, 30);
+    for (int line = 0; line < 60; ++line) log.WriteLine(nullptr, Category::Warning, nullptr, L"a line of some length");
+    const std::string contents = Contents();
+    const std::string message = "*** FILE SIZE LIMIT REACHED, LOGGING DISABLED FOR DiagModule MODULE ***";
+    ASSERT_GE(contents.size(), 1024u);
+    EXPECT_LT(contents.size(), 1024u + 80 + message.size());
+    EXPECT_EQ(message, contents.substr(contents.size() - message.size()));
+    EXPECT_TRUE(std::regex_search(contents, std::regex(R"(^\d{4}/\d{2}/\d{2} \d{2}:\d{2}:\d{2} \(WN\) a line)")));
+}
+
+TEST_F(LoggingTest, CompactPrefixHasFourteenDigitsACounterAndAnEmptyLineColumn) {
+    Configure(L"", Category::Warning, 0x23800000);
+    CLogModule log(kModule, "Jan 18 2026", "09:30:15", 0, 30);
+    log.WriteLine(nullptr, Category::Warning, nullptr, L"compact");
+    EXPECT_TRUE(std::regex_match(Contents(), std::regex(R"(\d{14}:\d{10}       \(WN\) compact\r\n)"))) << Contents();
+}
+
+TEST_F(LoggingTest, ExecutableAndSourceKeysOverrideTheDefaults) {
+    const std::wstring sourceFile = logFile + L".source";
+    DeleteFileW(sourceFile.c_str());
+    Configure(L"", Category::Warning, 0);
+    Configure(Executable(), Category::Debug, 0);  // overrides the root for this program
+    Configure(Executable() + L"\\" + kModule + L"\\render.cpp", Category::State, Option::ProcessId, 0, &sourceFile);
+    CLogModule log(kModule, "Jan 18 2026", "09:30:15", 0, 30);
+    log.WriteLine(nullptr, Category::Warning, nullptr, L"root category");
+    log.WriteLine(nullptr, Category::Debug, nullptr, L"executable category");
+    log.WriteLine(L"render.cpp", Category::State, nullptr, L"source category");
+    log.WriteLine(L"other.cpp", Category::State, nullptr, L"source without a key");
+    EXPECT_EQ("(DB) executable category\r\n", Contents());
+    EXPECT_EQ("[" + std::to_string(GetCurrentProcessId()) + "] (ST) source category\r\n", Contents(sourceFile));
+
+    std::wostringstream dump;
+    log.SerializeContents(dump);
+    EXPECT_EQ(L"gLogModuleObj.SerializeContents: Source File Name: <render.cpp>, dwCategoryFlags: 271, "
+              L"dwDetailLevel: 0, dwOptionFlags: 67108864, wsLogFileName: <" + sourceFile + L">",
+              dump.str());
+    DeleteFileW(sourceFile.c_str());
+}
+
+TEST_F(LoggingTest, LinesWaitInAQueueWhileAnotherWriterHoldsTheFile) {
+    Configure(L"", Category::Warning, 0);
+    CLogModule log(kModule, "Jan 18 2026", "09:30:15", 0, 30);
+    log.WriteLine(nullptr, Category::Warning, nullptr, L"first");
+    HANDLE holder = CreateFileW(logFile.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(INVALID_HANDLE_VALUE, holder);
+    log.WriteLine(nullptr, Category::Warning, nullptr, L"while held");
+    CloseHandle(holder);
+    log.WriteLine(nullptr, Category::Warning, nullptr, L"after");
+    EXPECT_EQ("(WN) first\r\n--- Queued Lines Start ---\r\n(WN) while held\r\n--- Queued Lines End ---\r\n(WN) after\r\n",
+              Contents());
+}
+
+TEST_F(LoggingTest, HeaderBlockOpensTheFile) {
+    Configure(L"", Category::Warning | Category::Header, 0);
+    CLogModule log(kModule, "Jan 18 2026", "09:30:15", 0, 30);
+    log.WriteLine(nullptr, Category::Warning, nullptr, L"body");
+    std::istringstream lines(Contents());
+    std::vector<std::string> header;
+    for (std::string line; std::getline(lines, line);) header.push_back(line);
+    ASSERT_EQ(7u, header.size());
+    EXPECT_TRUE(header[0].rfind("(++) Module File Name: ", 0) == 0 && header[0].find("diagnostics_tests.exe (") != std::string::npos);
+    EXPECT_EQ(0u, header[1].rfind("(++)     Command Line: ", 0));
+    EXPECT_EQ("(++)     File Version: <no version info>\r", header[2]);
+    EXPECT_EQ("(++)       Process ID: " + std::to_string(GetCurrentProcessId()) + "\r", header[3]);
+    EXPECT_EQ("(++)         Built on: Jan 18 2026 09:30:15\r", header[4]);
+    EXPECT_EQ(0u, header[5].rfind("(++)    Log File Name: <", 0));
+    EXPECT_EQ("(WN) body\r", header[6]);
+}
+
+TEST_F(LoggingTest, FunctionTracesIndentTimeAndReportTheirResults) {
+    Configure(L"", Category::FunctionEntry | Category::FunctionExit | Category::Result | Category::ErrorText |
+                       Category::Parameters,
+              Option::Indent | Option::Duration);
+    CLogModule log(kModule, "Jan 18 2026", "09:30:15", 0, 30);
+    {
+        CLogFunction outer(log, nullptr, L"zx::VPrinter::Print", 10);
+        CLogFunction inner(log, nullptr, L"Render", 20, 0, false, L"page %d of %ls", 2, L"three");
+        inner.ReturnBool(false);
+    }
+    const std::string contents = Contents();
+    EXPECT_TRUE(std::regex_match(
+        contents, std::regex("\\(->\\) zx::VPrinter::Print\r\n"
+                             "\\(->\\) \\(IP\\)   Render, page 2 of three\r\n"
+                             "    Return: FALSE\r\n"
+                             "\\(<-\\)   Render \\(Dur: \\d+ us\\) \r\n"
+                             "\\(\\*\\*\\)   \\[Err: 0x00000001\\] .+\r\n"
+                             "\\(<-\\) VPrinter::Print \\(Dur: \\d+ us\\) \r\n")))
+        << contents;
+}
+
+TEST_F(LoggingTest, AFunctionLeftByATranslatedFaultSaysSo) {
+    Configure(L"", Category::FunctionEntry | Category::FunctionExit, 0);
+    CLogModule log(kModule, "Jan 18 2026", "09:30:15", 0, 30);
+    bool translated = false;
+    try {
+        CLogFunction trace(log, nullptr, L"Faulty", 1);
+        struct Read {
+            volatile int* address;
+            int value;
+            void operator()() { value = *address; }
+        } read{reinterpret_cast<volatile int*>(0x10), 0};
+        NGUtils::CallTranslatingFaults(read);
+    } catch (const NGUtils::CAccessViolation& violation) {
+        translated = !violation.IsWrite() && violation.AccessedAddress() == reinterpret_cast<void*>(0x10);
+        EXPECT_STREQ(L"Access violation", violation.Message());
+    }
+    EXPECT_TRUE(translated);
+    EXPECT_EQ(0, NGUtils::CWin32Exception::LiveCount());
+    EXPECT_EQ("(->) Faulty\r\n(<-) Faulty\r\n(<-)    *** UNHANDLED EXCEPTION PENDING ***\r\n", Contents());
+}
+
+TEST_F(LoggingTest, ABadTextPointerDropsTheLineAndKeepsTheLastError) {
+    Configure(L"", Category::Warning, 0);
+    CLogModule log(kModule, "Jan 18 2026", "09:30:15", 0, 30);
+    SetLastError(1234);
+    log.WriteLine(nullptr, Category::Warning, nullptr, L"kept");
+    EXPECT_EQ(1234u, GetLastError());
+    log.WriteLine(nullptr, Category::Warning, nullptr, reinterpret_cast<const wchar_t*>(0x1));
+    log.WriteFormat(nullptr, Category::Warning, L"%ls", reinterpret_cast<const wchar_t*>(0x8));
+    EXPECT_EQ(1234u, GetLastError());
+    EXPECT_EQ(0, NGUtils::CWin32Exception::LiveCount());
+    EXPECT_EQ("(WN) kept\r\n", Contents());
+}
+
+TEST(FileVersionInfo, ValuesComeFromTheLastTranslationThatHasThem) {
+    const NGUtils::CFileVersionInfo none((ProgramDirectory() + L"diagnostics_tests.exe").c_str());
+    EXPECT_EQ(nullptr, none.FileVersion());
+    const NGUtils::CFileVersionInfo one((ProgramDirectory() + L"zxtaluUI14.dll").c_str());
+    EXPECT_STREQ(L"14.0.0.0", one.FileVersion());
+    EXPECT_NE(nullptr, one.Fixed());
+    const NGUtils::CFileVersionInfo two((ProgramDirectory() + L"zx_two_translations.exe").c_str());
+    EXPECT_STREQ(L"Deutsche Ausgabe", two.FileDescription());
+    EXPECT_EQ(nullptr, NGUtils::CFileVersionInfo(L"").GetValue(L"FileVersion"));
+}
+
+TEST(LogErrorText, NamesTheErrorAndItsSystemMessage) {
+    EXPECT_EQ(0u, CLogModule::ErrorText(ERROR_ACCESS_DENIED).rfind(L"[Err: 0x00000005] ", 0));
+    EXPECT_NE(L'\n', CLogModule::ErrorText(ERROR_ACCESS_DENIED).back());
+}
