@@ -10,14 +10,17 @@
 
 #include <psapi.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <string>
 
 using namespace drvhost;
 
 namespace {
 
-constexpr int kTimedCalls = 2000;
+constexpr int kTimedCalls = 200;
+constexpr int kLeakCheckConversions = 10000;  // the argument may ask for fewer
 
 class Stopwatch {
 public:
@@ -82,7 +85,8 @@ void Print(const char* name, double value) { std::printf("%s %.3f\n", name, valu
 
 }  // namespace
 
-int wmain() {
+int wmain(int argc, wchar_t** argv) {
+    const int leakCheckConversions = argc > 1 ? std::max(100, _wtoi(argv[1])) : kLeakCheckConversions;
     try {
         ComApartment com;
         PrinterSetup setup;
@@ -116,13 +120,13 @@ int wmain() {
         Print("printticket_to_devmode_us", toDevMode.MicrosecondsPer(kTimedCalls));
         Print("printticket_to_devmode_ratio_to_floor", toDevMode.MicrosecondsPer(kTimedCalls) / floorUs);
 
-        for (int conversion = 1; conversion <= 10000; ++conversion) {
+        for (int conversion = 1; conversion <= leakCheckConversions; ++conversion) {
             conversions.ToTicket(nullptr);
             conversions.ToDevMode(nullptr);
-            if (conversion == 100 || conversion == 10000) {
-                const char* after = conversion == 100 ? "100" : "10000";
-                std::printf("committed_bytes_after_%s %zu\n", after, static_cast<size_t>(CommittedBytes()));
-                std::printf("handles_after_%s %ld\n", after, OpenHandles());
+            if (conversion == 100 || conversion == leakCheckConversions) {
+                const std::string after = std::to_string(conversion);
+                std::printf("committed_bytes_after_%s %zu\n", after.c_str(), static_cast<size_t>(CommittedBytes()));
+                std::printf("handles_after_%s %ld\n", after.c_str(), OpenHandles());
             }
         }
         return 0;

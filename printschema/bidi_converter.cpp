@@ -20,13 +20,12 @@ public:
         VStringBuffer monochrome(KeywordsPrefix());
         monochrome.Append(L"Monochrome");
         SetSelectedOption(L"PageOutputColor", monochrome.c_str());
-        if (SUCCEEDED(FindPrefixedFeature(L"JobZXRlt", Framework, Private))) ReplacePrivateFeature(L"JobZXRlt", L"_0");
+        ReplacePrivateFeature(L"JobZXRlt", L"_0");  // when the ticket has it
     }
 
     // A device with neither a second tray nor a photo tray feeds from its first tray.
     HRESULT WriteInputBin(const IBiDiData& device) {
         zx::unique_bstr selected;
-        ZX_RETURN_IF_FAILED(FindPrefixedFeature(L"JobInputBin", Framework, KeywordsPrefix()));
         ZX_RETURN_IF_FAILED(GetSelectedOption(L"JobInputBin", selected.put()));
         if (device.GetTrayState2() != 0 || device.GetPhotoTray() != 0) return S_OK;
         return ReplaceStandardFeature(L"JobInputBin", L"_1", Private);

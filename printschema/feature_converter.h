@@ -5,6 +5,7 @@
 
 #include "ddk/prcomoem.h"
 #include "device/notifier.h"
+#include "util/result.h"
 #include "util/scoped.h"
 
 class IFeatureDMPTConvert : public IObserver {

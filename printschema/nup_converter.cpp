@@ -33,8 +33,7 @@ public:
     HRESULT ReadNUp(NUpEntry& entry) {
         HRESULT hr = kNotFound;
         for (DWORD feature = 0; feature < std::size(kNUpFeatures); ++feature) {
-            if (FAILED(FindFeature(kNUpFeatures[feature]))) continue;
-            zx::unique_bstr direction;
+            zx::unique_bstr direction;  // an absent feature has no direction either: not found
             INT32 pages = 0;
             hr = GetSubFeatureOption(kNUpFeatures[feature], L"PresentationDirection", direction.put());
             if (SUCCEEDED(hr)) hr = GetScoredPropertyInt(kNUpFeatures[feature], L"PagesPerSheet", &pages);
@@ -89,8 +88,7 @@ private:
     // is rewritten with a nested ns0000:Stage = ns0000:PrinterImpression. Failures leave it.
     void WritePageRanges() {
         zx::unique_bstr option;
-        if (FAILED(FindPrefixedFeature(L"DocumentPageRanges", Framework, Private)) ||
-            FAILED(GetPrefixedSelectedOption(L"DocumentPageRanges", option.put(), Private)) || !option ||
+        if (FAILED(GetPrefixedSelectedOption(L"DocumentPageRanges", option.put(), Private)) || !option ||
             std::wcscmp(option.get(), L"AllPages") == 0) {
             return;
         }

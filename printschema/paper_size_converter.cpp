@@ -55,8 +55,7 @@ public:
     // is flagged in the private block and recorded in the ticket; else 0.
     int Track(const TrackedFeature& tracked, const DevModeContext& context) {
         zx::unique_bstr current, previous;
-        if (FAILED(GetSelectedOption(tracked.feature, current.put())) || !current) return 0;
-        if (FAILED(FindPrefixedFeature(tracked.previousFeature, Framework, Private)) ||
+        if (FAILED(GetSelectedOption(tracked.feature, current.put())) || !current ||
             FAILED(GetPrefixedSelectedOption(tracked.previousFeature, previous.put(), Private)) || !previous) {
             return 0;
         }
@@ -120,14 +119,9 @@ private:
     // Draft quality prints at 300 dpi.
     void WriteDraftResolution(const DevModeContext& context) {
         PCSTR quality = nullptr;
+        zx::ComPtr<IXMLDOMElement> option;
         if (FAILED(context.Option(Feature::PageOutputQuality, &quality)) || !Equals(quality, Option::Draft) ||
-            FAILED(FindFeature(L"PageResolution")) || FAILED(DeleteFeature(L"PageResolution"))) {
-            return;
-        }
-        zx::ComPtr<IXMLDOMElement> feature, option;
-        if (FAILED(CreatePrefixedFeatureOption(L"PageResolution", L"_300x300", &feature, &option, KeywordsPrefix(),
-                                               Private)) ||
-            FAILED(AppendToRoot(PrintSchema::Vocabulary::PrintTicket, feature.Get()))) {
+            FAILED(ReplaceStandardFeature(L"PageResolution", L"_300x300", Private, &option))) {
             return;
         }
         for (const wchar_t* axis : {L"ResolutionX", L"ResolutionY"}) {
@@ -151,21 +145,18 @@ private:
         const wchar_t* borderless = NameOf(kBorderlessNames, record.borderless);
         wchar_t inputBin[16];
         std::swprintf(inputBin, std::size(inputBin), L"%c%d", L'_', record.inputBin);
-        if (HasStandardFeature(L"PageMediaType")) ReplaceStandardFeature(L"PageMediaType", mediaName, Private);
-        if (HasStandardFeature(L"JobInputBin")) ReplaceStandardFeature(L"JobInputBin", inputBin, Private);
-        if (quality && HasStandardFeature(L"PageOutputQuality")) ReplaceStandardFeature(L"PageOutputQuality", quality);
-        if (borderless && HasStandardFeature(L"PageBorderless")) ReplaceStandardFeature(L"PageBorderless", borderless);
+        // Each feature is replaced only when the ticket has it.
+        ReplaceStandardFeature(L"PageMediaType", mediaName, Private);
+        ReplaceStandardFeature(L"JobInputBin", inputBin, Private);
+        if (quality) ReplaceStandardFeature(L"PageOutputQuality", quality);
+        if (borderless) ReplaceStandardFeature(L"PageBorderless", borderless);
 
-        HRESULT hr = FindPrefixedFeature(L"JobMediaTypePrev", Framework, Private);
-        if (SUCCEEDED(hr)) hr = ReplacePrivateFeature(L"JobMediaTypePrev", mediaName);
-        if (quality && SUCCEEDED(FindPrefixedFeature(L"JobOutputQualityPrev", Framework, Private))) {
-            hr = ReplacePrivateFeature(L"JobOutputQualityPrev", quality);
+        HRESULT hr = ReplacePrivateFeature(L"JobMediaTypePrev", mediaName);
+        if (quality) {
+            const HRESULT qualityMemory = ReplacePrivateFeature(L"JobOutputQualityPrev", quality);
+            if (qualityMemory != HRESULT_FROM_WIN32(ERROR_NOT_FOUND)) hr = qualityMemory;
         }
         return hr;
-    }
-
-    bool HasStandardFeature(const wchar_t* feature) {
-        return SUCCEEDED(FindPrefixedFeature(feature, Framework, KeywordsPrefix()));
     }
 };
 

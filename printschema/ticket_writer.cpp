@@ -13,16 +13,18 @@ HRESULT VTicketWriter::AppendPrivateFeature(const wchar_t* feature, const wchar_
 }
 
 HRESULT VTicketWriter::ReplacePrivateFeature(const wchar_t* feature, const wchar_t* option) {
-    ZX_RETURN_IF_FAILED(DeletePrefixedFeature(feature, Private));
-    return AppendPrivateFeature(feature, option);
+    zx::ComPtr<IXMLDOMElement> featureElement, optionElement;
+    ZX_RETURN_IF_FAILED(CreatePrefixedFeatureOption(feature, option, &featureElement, &optionElement, Private, Private));
+    return ReplaceFeatures(Private, feature, featureElement.Get());
 }
 
 HRESULT VTicketWriter::ReplaceStandardFeature(const wchar_t* feature, const wchar_t* option,
-                                              const wchar_t* optionPrefix) {
-    ZX_RETURN_IF_FAILED(DeleteFeature(feature));
+                                              const wchar_t* optionPrefix, IXMLDOMElement** newOption) {
     zx::ComPtr<IXMLDOMElement> featureElement, optionElement;
-    HRESULT hr = optionPrefix ? CreateFeatureOptionPrefixed(feature, option, &featureElement, &optionElement, optionPrefix)
-                              : CreateFeatureOption(feature, option, &featureElement, &optionElement);
-    if (SUCCEEDED(hr)) hr = AppendToRoot(PrintSchema::Vocabulary::PrintTicket, featureElement.Get());
-    return hr;
+    ZX_RETURN_IF_FAILED(optionPrefix
+                            ? CreateFeatureOptionPrefixed(feature, option, &featureElement, &optionElement, optionPrefix)
+                            : CreateFeatureOption(feature, option, &featureElement, &optionElement));
+    ZX_RETURN_IF_FAILED(ReplaceFeatures(KeywordsPrefix(), feature, featureElement.Get()));
+    if (newOption) *newOption = optionElement.Detach();
+    return S_OK;
 }

@@ -12,9 +12,12 @@ public:
 
     // A new ns0000: feature with one ns0000: option, appended to the root.
     HRESULT AppendPrivateFeature(const wchar_t* feature, const wchar_t* option);
-    // Replaces every ns0000: feature of that name by one with the given ns0000: option.
+    // Replaces every ns0000: feature of that name by one with the given ns0000: option;
+    // HRESULT_FROM_WIN32(ERROR_NOT_FOUND) when the ticket has none.
     HRESULT ReplacePrivateFeature(const wchar_t* feature, const wchar_t* option);
-    // Replaces every standard feature of that name by one whose option is optionPrefix + option;
-    // a null prefix names the option with the document's keywords prefix.
-    HRESULT ReplaceStandardFeature(const wchar_t* feature, const wchar_t* option, const wchar_t* optionPrefix = nullptr);
+    // Replaces every standard feature of that name by one whose option is optionPrefix + option
+    // (a null prefix: the document's keywords prefix); HRESULT_FROM_WIN32(ERROR_NOT_FOUND) when
+    // the ticket has none.
+    HRESULT ReplaceStandardFeature(const wchar_t* feature, const wchar_t* option, const wchar_t* optionPrefix = nullptr,
+                                   IXMLDOMElement** newOption = nullptr);
 };

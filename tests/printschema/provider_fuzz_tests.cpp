@@ -73,7 +73,7 @@ private:
         zx::ComPtr<IXMLDOMNode> parent, unused;
         node->get_parentNode(&parent);
         zx::ComPtr<IXMLDOMElement> element;
-        node.As(&element);
+        node->QueryInterface(IID_IXMLDOMElement, reinterpret_cast<void**>(element.GetAddressOf()));
         switch (Pick(4)) {
         case 0:
             parent->removeChild(node.Get(), &unused);
@@ -114,7 +114,6 @@ TEST(ProviderRobustness, HostileTicketsAndBlocksGiveHResultsAndKeepNoReferences)
     SysFreeString(namespaces[0]);
     CoTaskMemFree(namespaces);
     ASSERT_EQ(S_OK, provider->PublishPrintTicketHelper(core.CoreHelper()));
-    const ULONG helperReferences = zxtest::RefCount(core.CoreHelper());
 
     const std::wstring base = BuildPrintTicket(core.Description(), [&job](size_t f) { return job.Selection(f); },
                                                PrintSchema::Uri::Device);
@@ -136,6 +135,6 @@ TEST(ProviderRobustness, HostileTicketsAndBlocksGiveHResultsAndKeepNoReferences)
         EXPECT_TRUE(verdict == S_PT_NO_CONFLICT || FAILED(verdict)) << "iteration " << iteration;
         ASSERT_EQ(before, zxtest::RefCount(ticket.Get())) << "iteration " << iteration;
     }
-    EXPECT_EQ(helperReferences, zxtest::RefCount(core.CoreHelper()));
     provider.Reset();
+    EXPECT_EQ(1u, zxtest::RefCount(core.CoreHelper()));  // only the core driver's own
 }
