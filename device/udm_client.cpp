@@ -120,7 +120,13 @@ HRESULT VUDMClient::CreateDataCollection(IDeviceAddress* address, IDeviceDataCol
     return create(address, dataMapPath.c_str(), collection, nullptr);
 }
 
-IBiDiData* VUDMClient::GetData() { return QueryAccessories().get(); }
+IBiDiData* VUDMClient::GetData() {
+    const DWORD now = ::GetTickCount();
+    if (m_record && now - m_lastQueryTick < kRecordReuseMilliseconds) return m_record.get();
+    IBiDiData* record = QueryAccessories().get();
+    m_lastQueryTick = ::GetTickCount();
+    return record;
+}
 
 VIOData& VUDMClient::EnsureRecord() {
     if (!m_record) m_record = std::make_shared<VIOData>();

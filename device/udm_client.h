@@ -49,7 +49,10 @@ public:
     HRESULT CreateDataCollection(IDeviceAddress* address, IDeviceDataCollection** collection,
                                  std::wstring& dataMapPath);
 
-    // The accessory record after an accessory query; valid as long as the client lives.
+    // The accessory record after an accessory query; valid as long as the client lives. A record
+    // answered less than kRecordReuseMilliseconds ago is handed out again without asking: the
+    // PrintTicket provider notifies on every conversion, and a printer's accessories do not
+    // change from one conversion to the next.
     IBiDiData* GetData() override;
 
     // Accessory detection.
@@ -75,7 +78,10 @@ private:
     zx::unique_hmodule m_deviceModel;
     zx::unique_hmodule m_bidiIo;
     bool m_connected = false;
+    DWORD m_lastQueryTick = 0;
 };
+
+inline constexpr DWORD kRecordReuseMilliseconds = 2000;
 
 // Sets the model markers of the record from the device identity text.
 void MatchModelFamily(VIOData& record, const std::wstring& identity);

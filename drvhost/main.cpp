@@ -8,6 +8,7 @@
 #include "drvhost/ticket_host.h"
 #include "drvhost/ui_session.h"
 #include "drvhost/xml_format.h"
+#include "util/scoped.h"
 
 #include <cstdio>
 #include <cstring>
@@ -149,6 +150,29 @@ void PrintChangedSelections(DriverHost& host, const JobDevMode& before, const Jo
     }
 }
 
+// The plug-in's private block as 32-bit words, for the flags the plug-in sets in it.
+void PrintPluginBlock(JobDevMode& job) {
+    std::printf("plug-in block:");
+    const auto* words = static_cast<const DWORD*>(job.PluginBlock());
+    for (DWORD i = 0; i < job.PluginBlockSize() / sizeof(DWORD); ++i) std::printf(" %08lX", words[i]);
+    std::printf("\n");
+}
+
+// Changes a ticket's selection, as an application's print dialog does.
+void SetTicketOption(IXMLDOMDocument2* ticket, const std::wstring& feature, const std::wstring& option) {
+    BindFrameworkPrefix(ticket);
+    ComPtr<IXMLDOMNode> node;
+    const std::wstring query = L"//psf:Feature[@name='" + feature + L"']/psf:Option";
+    if (ticket->selectSingleNode(zx::MakeBstr(query.c_str()).get(), &node) != S_OK) return;
+    ComPtr<IXMLDOMElement> element;
+    if (SUCCEEDED(node->QueryInterface(IID_IXMLDOMElement, reinterpret_cast<void**>(element.GetAddressOf())))) {
+        zx::unique_variant value;
+        value.get()->vt = VT_BSTR;
+        value.get()->bstrVal = zx::MakeBstr(option.c_str()).release();
+        element->setAttribute(zx::MakeBstr(L"name").get(), *value);
+    }
+}
+
 std::wstring ReadTicketFile(const std::wstring& path) {
     FILE* file = _wfopen(path.c_str(), L"rb");
     if (file == nullptr) throw std::runtime_error("cannot read " + WideToUtf8(path));
@@ -201,6 +225,7 @@ int RunApply(const Arguments& arguments) {
     const HRESULT result = tickets.ApplyTicket(ticket.Get(), *job);
     if (FAILED(result)) std::fprintf(stderr, "drvhost: the plug-in's conversion returned %s\n", Hex(result).c_str());
     PrintSelections(*host, *job);
+    PrintPluginBlock(*job);
     return 0;
 }
 
@@ -254,14 +279,17 @@ int RunDemo(const Arguments& arguments) {
     auto ticket = tickets.TicketFor(*job, result);
     std::printf("(plug-in conversion: %s)\n%s", Hex(result).c_str(), WideToUtf8(FormatXml(ticket.Get())).c_str());
 
-    std::printf("\n== A ticket for A4, two pages per sheet, two-sided, applied to a new job ==\n");
+    std::printf("\n== An application asks for A4 booklets on glossy photo paper ==\n");
     auto changed = host->NewDefaultJob();
-    SetFeatures(*host, *changed, {L"--set", L"PaperSize=A4", L"--set", L"DocumentNUp=2", L"--set", L"Duplex=VERTICAL"});
+    SetFeatures(*host, *changed, {L"--set", L"PaperSize=A4", L"--set", L"DocumentBinding=Booklet", L"--set",
+                                  L"DocumentNUp=2", L"--set", L"Duplex=VERTICAL"});
     auto changedTicket = tickets.TicketFor(*changed, result);
+    SetTicketOption(changedTicket.Get(), L"psk:PageMediaType", L"psk:PhotographicGlossy");
     auto applied = host->NewDefaultJob();
     result = tickets.ApplyTicket(changedTicket.Get(), *applied);
     std::printf("(plug-in conversion: %s)\n", Hex(result).c_str());
     PrintChangedSelections(*host, *job, *applied);
+    PrintPluginBlock(*applied);
 
     std::printf("\n== Document property sheet ==\n");
     RunSheet(*host, false, OptionValue(arguments.rest, L"--screenshot"));

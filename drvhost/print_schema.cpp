@@ -205,6 +205,13 @@ std::optional<size_t> OptionOf(IXMLDOMNode* featureNode, const FeatureDescriptio
 
 }  // namespace
 
+void BindFrameworkPrefix(IXMLDOMDocument2* document) {
+    zx::unique_variant namespaces;
+    namespaces.get()->vt = VT_BSTR;
+    namespaces.get()->bstrVal = zx::MakeBstr((std::wstring(L"xmlns:psf='") + kFrameworkUri + L"'").c_str()).release();
+    document->setProperty(zx::MakeBstr(L"SelectionNamespaces").get(), *namespaces);
+}
+
 std::string SchemaFeatureName(const FeatureDescription& feature) {
     if (!feature.schemaName.empty()) return MappedName(feature.schemaName);
     return kDevicePrefix + XmlName("Job" + feature.keyword);
@@ -247,10 +254,7 @@ std::vector<std::pair<size_t, size_t>> ReadTicketSelections(IXMLDOMDocument2* ti
                                                             const std::wstring& deviceNamespace) {
     std::vector<std::pair<size_t, size_t>> selections;
     const QNameResolver resolver(ticket);
-    zx::unique_variant namespaces;
-    namespaces.get()->vt = VT_BSTR;
-    namespaces.get()->bstrVal = zx::MakeBstr((std::wstring(L"xmlns:psf='") + kFrameworkUri + L"'").c_str()).release();
-    ticket->setProperty(zx::MakeBstr(L"SelectionNamespaces").get(), *namespaces);
+    BindFrameworkPrefix(ticket);
 
     ComPtr<IXMLDOMNodeList> features;
     if (FAILED(ticket->selectNodes(zx::MakeBstr(L"//psf:Feature").get(), &features)) || !features) return selections;

@@ -32,6 +32,10 @@ std::wstring BuildPrintTicket(const PrinterDescription& description, const Selec
                               const std::wstring& deviceNamespace);
 std::wstring BuildPrintCapabilities(const PrinterDescription& description, const std::wstring& deviceNamespace);
 
+// Lets XPath queries on the document name the framework namespace "psf", whatever prefix the
+// document itself uses.
+void BindFrameworkPrefix(IXMLDOMDocument2* document);
+
 // The (feature, option) pairs that a PrintTicket selects and the host can map, in ticket order.
 std::vector<std::pair<size_t, size_t>> ReadTicketSelections(IXMLDOMDocument2* ticket,
                                                             const PrinterDescription& description,

@@ -3,6 +3,7 @@
 #include "drvhost/xml_document.h"
 #include "util/scoped.h"
 
+#include <map>
 #include <vector>
 
 namespace drvhost {
@@ -38,7 +39,12 @@ std::vector<ComPtr<IXMLDOMNode>> ChildrenOf(IXMLDOMNode* node) {
     return children;
 }
 
-std::wstring AttributesOf(IXMLDOMNode* node) {
+// Namespace declarations in force: prefix (empty for the default namespace) to URI.
+using Scope = std::map<std::wstring, std::wstring>;
+
+// The attributes as they read, leaving out namespace declarations that the enclosing elements
+// already made (nodes created apart from the document carry their own).
+std::wstring AttributesOf(IXMLDOMNode* node, Scope& scope) {
     std::wstring text;
     ComPtr<IXMLDOMNamedNodeMap> attributes;
     long count = 0;
@@ -48,16 +54,24 @@ std::wstring AttributesOf(IXMLDOMNode* node) {
     for (long i = 0; i < count; ++i) {
         ComPtr<IXMLDOMNode> attribute;
         if (FAILED(attributes->get_item(i, &attribute)) || !attribute) continue;
-        text += L" " + NameOf(attribute.Get()) + L"=\"" + EscapeXml(TextOf(attribute.Get())) + L"\"";
+        const std::wstring name = NameOf(attribute.Get()), value = TextOf(attribute.Get());
+        const bool declaration = name == L"xmlns" || name.rfind(L"xmlns:", 0) == 0;
+        const std::wstring prefix = name.size() > 6 ? name.substr(6) : std::wstring();
+        if (declaration) {
+            const auto bound = scope.find(prefix);
+            if (bound != scope.end() && bound->second == value) continue;
+            scope[prefix] = value;
+        }
+        text += L" " + name + L"=\"" + EscapeXml(value) + L"\"";
     }
     return text;
 }
 
-void Write(IXMLDOMNode* node, const std::wstring& indent, std::wstring& out) {
+void Write(IXMLDOMNode* node, const std::wstring& indent, Scope scope, std::wstring& out) {
     switch (TypeOf(node)) {
     case NODE_ELEMENT: {
         const std::wstring name = NameOf(node);
-        out += indent + L"<" + name + AttributesOf(node);
+        out += indent + L"<" + name + AttributesOf(node, scope);
         const auto children = ChildrenOf(node);
         if (children.empty()) {
             out += L"/>\n";
@@ -65,7 +79,7 @@ void Write(IXMLDOMNode* node, const std::wstring& indent, std::wstring& out) {
             out += L">" + EscapeXml(TextOf(children[0].Get())) + L"</" + name + L">\n";
         } else {
             out += L">\n";
-            for (const auto& child : children) Write(child.Get(), indent + L"  ", out);
+            for (const auto& child : children) Write(child.Get(), indent + L"  ", scope, out);
             out += indent + L"</" + name + L">\n";
         }
         break;
@@ -80,7 +94,7 @@ void Write(IXMLDOMNode* node, const std::wstring& indent, std::wstring& out) {
 
 std::wstring FormatXml(IXMLDOMNode* document) {
     std::wstring out = L"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-    for (const auto& child : ChildrenOf(document)) Write(child.Get(), L"", out);
+    for (const auto& child : ChildrenOf(document)) Write(child.Get(), L"", Scope{}, out);
     return out;
 }
 

@@ -56,12 +56,23 @@ VPrintCapabilityHandler::VPrintCapabilityHandler(IXMLDOMDocument2* capabilities)
 
 HRESULT VPrintTicketHandler::AppendToRoot(const wchar_t* rootName, IXMLDOMNode* child) {
     ZX_RETURN_HR_IF(E_INVALIDARG, IsEmpty(rootName) || child == nullptr);
-    const zx::unique_bstr query = Join(FrameworkPrefix(), rootName);
     zx::ComPtr<IXMLDOMNode> root;
-    const HRESULT hr = SelectSingleNode(query.get(), &root);
-    if (hr != S_OK) return NotFoundIfNothing(hr);
+    ZX_RETURN_IF_FAILED(FindRootElement(rootName, &root));
     zx::ComPtr<IXMLDOMNode> appended;
     return root->appendChild(child, &appended);
+}
+
+// The document element when it is the framework's element of that name: what the query
+// framework prefix + rootName selects from the document, found without running a query.
+HRESULT VPrintTicketHandler::FindRootElement(const wchar_t* rootName, IXMLDOMNode** root) {
+    zx::ComPtr<IXMLDOMElement> element;
+    zx::unique_bstr uri, name;
+    if (Document()->get_documentElement(&element) != S_OK || !element ||
+        FAILED(element->get_namespaceURI(uri.put())) || FAILED(element->get_baseName(name.put())) || !uri || !name ||
+        std::wcscmp(uri.get(), PrintSchema::Uri::Framework) != 0 || std::wcscmp(name.get(), rootName) != 0) {
+        return HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+    }
+    return element->QueryInterface(IID_IXMLDOMNode, reinterpret_cast<void**>(root));
 }
 
 HRESULT VPrintTicketHandler::CreateNamedFeature(const wchar_t* featurePrefix, const wchar_t* featureName,
@@ -165,15 +176,36 @@ HRESULT VPrintTicketHandler::DeleteFeature(const wchar_t* featureName) {
 
 // Each pass removes the first match from the document, so the loop ends when none is left.
 HRESULT VPrintTicketHandler::DeletePrefixedFeature(const wchar_t* featureName, const wchar_t* namePrefix) {
+    long removed = 0;
+    return RemoveFeatures(namePrefix, featureName, removed);
+}
+
+// Every match, found by one query; a match nested in another goes with it.
+HRESULT VPrintTicketHandler::RemoveFeatures(const wchar_t* namePrefix, const wchar_t* featureName, long& removed) {
+    removed = 0;
     VPrintTicketQueryBuilder query(FrameworkPrefix());
     ZX_RETURN_IF_FAILED(query.AddFeature(namePrefix, featureName));
-    for (;;) {
-        zx::ComPtr<IXMLDOMNode> feature;
-        const HRESULT hr = SelectFirst(query, &feature);
-        if (hr == HRESULT_FROM_WIN32(ERROR_NOT_FOUND)) return S_OK;
-        ZX_RETURN_IF_FAILED(hr);
-        ZX_RETURN_IF_FAILED(RemoveNode(feature.Get()));
+    zx::unique_bstr xpath;
+    ZX_RETURN_IF_FAILED(query.GetQuery(xpath.put()));
+    zx::ComPtr<IXMLDOMNodeList> features;
+    ZX_RETURN_IF_FAILED(Document()->selectNodes(xpath.get(), &features));
+    zx::ComPtr<IXMLDOMNode> feature;
+    while (features->nextNode(&feature) == S_OK && feature) {
+        zx::ComPtr<IXMLDOMNode> parent;
+        if (SUCCEEDED(feature->get_parentNode(&parent)) && parent) ZX_RETURN_IF_FAILED(RemoveNode(feature.Get()));
+        ++removed;
+        feature.Reset();
     }
+    return S_OK;
+}
+
+HRESULT VPrintTicketHandler::ReplaceFeatures(const wchar_t* namePrefix, const wchar_t* featureName,
+                                             IXMLDOMNode* replacement) {
+    ZX_RETURN_HR_IF(E_INVALIDARG, replacement == nullptr);
+    long removed = 0;
+    ZX_RETURN_IF_FAILED(RemoveFeatures(namePrefix, featureName, removed));
+    if (removed == 0) return HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+    return AppendToRoot(PrintSchema::Vocabulary::PrintTicket, replacement);
 }
 
 HRESULT VPrintTicketHandler::SelectOption(const wchar_t* namePrefix, const wchar_t* featureName,

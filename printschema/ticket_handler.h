@@ -47,6 +47,11 @@ public:
     HRESULT DeleteFeature(_In_z_ const wchar_t* featureName);
     HRESULT DeletePrefixedFeature(_In_z_ const wchar_t* featureName, _In_opt_z_ const wchar_t* namePrefix);
 
+    // Removes every feature named namePrefix + featureName and appends the replacement to the
+    // root; HRESULT_FROM_WIN32(ERROR_NOT_FOUND), and the ticket unchanged, when it has none.
+    HRESULT ReplaceFeatures(_In_opt_z_ const wchar_t* namePrefix, _In_z_ const wchar_t* featureName,
+                            _In_ IXMLDOMNode* replacement);
+
     // The selected option's name (or its OptionName value) with the keywords prefix removed; other
     // prefixes, such as the private one, stay.
     HRESULT GetSelectedOption(_In_z_ const wchar_t* featureName, _Outptr_result_maybenull_ BSTR* option);
@@ -70,6 +75,8 @@ public:
     static HRESULT RemovePrefix(zx::unique_bstr text, _In_opt_z_ const wchar_t* prefix, VStringBuffer& result);
 
 private:
+    HRESULT FindRootElement(const wchar_t* rootName, IXMLDOMNode** root);
+    HRESULT RemoveFeatures(const wchar_t* namePrefix, const wchar_t* featureName, long& removed);
     HRESULT CreateNamedFeature(const wchar_t* featurePrefix, const wchar_t* featureName, const wchar_t* optionPrefix,
                                const wchar_t* optionName, IXMLDOMElement** feature, IXMLDOMElement** option);
     HRESULT SelectFirst(const VPrintTicketQueryBuilder& query, IXMLDOMNode** node);

@@ -1,0 +1,104 @@
+#include "printschema/booklet_converter.h"
+
+#include "printschema/devmode_options.h"
+#include "printschema/ticket_handler.h"
+#include "settings/feature_keywords.h"
+
+#include <oleauto.h>
+
+namespace {
+
+constexpr DWORD kBindingNone = 14;
+constexpr DWORD kBindingOptionCount = 15;
+const HRESULT kNotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+
+// Print Schema binding options by index; the DEVMODE table uses the same numbers.
+constexpr const wchar_t* kBindingNames[kBindingOptionCount] = {
+    L"Bale",          L"BindBottom",      L"BindLeft",        L"BindRight",     L"BindTop",
+    L"Booklet",       L"JapaneseBooklet", L"EdgeStitchBottom", L"EdgeStitchLeft", L"EdgeStitchRight",
+    L"EdgeStitchTop", L"Fold",            L"JogOffset",       L"Trim",          L"None"};
+
+class VBookletPrintTicketHandler final : public VPrintTicketHandler {
+public:
+    using VPrintTicketHandler::VPrintTicketHandler;
+
+    // The binding option's index, or kBindingNone for a name outside the table.
+    HRESULT ReadBinding(BookletSettings& entry) {
+        zx::unique_bstr option;
+        const HRESULT hr = GetSelectedOption(L"DocumentBinding", option.put());
+        if (FAILED(hr)) return hr;
+        entry.bindingOption = BindingIndexOf(option.get());
+        INT32 gutter = 0;
+        if (SUCCEEDED(GetScoredPropertyInt(L"DocumentBinding", L"BindingGutter", &gutter))) {
+            entry.gutter = static_cast<DWORD>(gutter);
+        }
+        return S_OK;
+    }
+
+private:
+    static DWORD BindingIndexOf(BSTR option) {
+        for (DWORD index = 0; index < kBindingOptionCount; ++index) {
+            const zx::unique_bstr name = zx::MakeBstr(kBindingNames[index]);
+            if (::VarBstrCmp(option, name.get(), LOCALE_USER_DEFAULT, 0) == VARCMP_EQ) return index;
+        }
+        return kBindingNone;
+    }
+};
+
+bool IsValidEntry(const BookletSettings& entry) { return entry.featureIndex == 0 && entry.bindingOption < kBindingOptionCount; }
+
+}  // namespace
+
+HRESULT VBookletDMPrintticketConv::ReadDevMode(PDEVMODEW devMode, ULONG devModeSize, PVOID privateBlock,
+                                               ULONG privateSize, BookletSettings& settings) {
+    ZX_RETURN_IF_FAILED(zx::CheckDevModeArguments(devMode, privateBlock, devModeSize, privateSize));
+    settings.featureIndex = 0;
+    return zx::LookupDevModeOption(Helper(), devMode, devModeSize, Feature::DocumentBinding, DevModeTable::Binding,
+                                   &settings.bindingOption);
+}
+
+HRESULT VBookletDMPrintticketConv::ReadPrintTicket(IXMLDOMDocument2* ticket, BookletSettings& settings) {
+    VBookletPrintTicketHandler handler(ticket);
+    BookletSettings entry{};
+    HRESULT hr = handler.ReadBinding(entry);
+    if (hr == kNotFound) {
+        entry.bindingOption = kBindingNone;
+        hr = S_OK;
+    }
+    if (FAILED(hr)) return hr;
+    if (!IsValidEntry(entry)) return E_FAIL;
+    settings = entry;
+    return S_OK;
+}
+
+HRESULT VBookletDMPrintticketConv::WriteDevMode(const BookletSettings& settings, PDEVMODEW devMode, ULONG devModeSize,
+                                                PVOID privateBlock, ULONG privateSize) {
+    ZX_RETURN_IF_FAILED(zx::CheckDevModeArguments(devMode, privateBlock, devModeSize, privateSize));
+    const PCSTR keyword = zx::DevModeKeywordFor(DevModeTable::Binding, settings.bindingOption);
+    if (keyword == nullptr) return S_OK;  // a binding the core driver does not offer
+    if (Helper() == nullptr) return E_POINTER;
+    const PRINT_FEATURE_OPTION pair = {Feature::DocumentBinding, keyword};
+    DWORD written = 0, result = 0;
+    return Helper()->SetOptions(devMode, devModeSize, TRUE, &pair, 1, &written, &result);
+}
+
+HRESULT VBookletDMPrintticketConv::WritePrintTicket(const BookletSettings& settings, IXMLDOMDocument2*) {
+    if (settings.bindingOption != kBindingNone && !IsValidEntry(settings)) return E_INVALIDARG;
+    return S_OK;
+}
+
+HRESULT VBookletDMPrintticketConv::CompletePrintCapabilities(IXMLDOMDocument2*, IXMLDOMDocument2* capabilities) {
+    return zx::CheckCapabilitiesDocument(capabilities);
+}
+
+namespace zx {
+
+HRESULT CheckCapabilitiesDocument(IXMLDOMDocument2* capabilities) {
+    if (capabilities == nullptr) return E_POINTER;
+    return GuardConverter([capabilities] {
+        VPrintCapabilityHandler handler(capabilities);
+        return S_OK;
+    });
+}
+
+}  // namespace zx

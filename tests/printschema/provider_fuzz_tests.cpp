@@ -1,0 +1,140 @@
+// Hostile PrintTickets and private blocks through every operation of the provider: elements
+// dropped, duplicated and renamed, prefixes changed, huge names and values, random private
+// blocks. Every call must come back with an HRESULT and give back every reference it took.
+// ZX_FUZZ_ITERATIONS sets the number of mutated tickets (a fixed seed makes runs repeatable).
+#include "drvhost/core_driver.h"
+#include "drvhost/print_schema.h"
+#include "drvhost/printer_install.h"
+#include "printschema/print_schema_names.h"
+#include "tests/printschema/dom_support.h"
+#include "tests/support/plugin_module.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <random>
+#include <vector>
+
+using namespace drvhost;
+
+namespace {
+
+int Iterations() {
+    const char* configured = std::getenv("ZX_FUZZ_ITERATIONS");
+    return configured ? std::atoi(configured) : 3000;
+}
+
+class TicketMutator {
+public:
+    explicit TicketMutator(std::mt19937& random) : m_random(random) {}
+
+    // The base ticket's text with a few prefixes changed, then one to four DOM mutations.
+    zx::ComPtr<IXMLDOMDocument2> Mutate(std::wstring text) {
+        if (Chance(4)) Replace(text, L"psk:", L"k:");
+        if (Chance(8)) Replace(text, L"ns0000:", L"ns9:");
+        if (Chance(16)) Replace(text, L"xmlns:psf=", L"xmlns:psx=");
+        auto ticket = zxtest::LoadDocument(text);
+        for (int count = 1 + Pick(4); count > 0; --count) MutateOnce(ticket.Get());
+        return ticket;
+    }
+
+private:
+    bool Chance(int oneIn) { return Pick(oneIn) == 0; }
+    int Pick(int bound) { return std::uniform_int_distribution<int>(0, bound - 1)(m_random); }
+
+    static void Replace(std::wstring& text, const std::wstring& from, const std::wstring& to) {
+        for (size_t at = text.find(from); at != std::wstring::npos; at = text.find(from, at + to.size())) {
+            text.replace(at, from.size(), to);
+        }
+    }
+
+    zx::ComPtr<IXMLDOMNode> RandomElement(IXMLDOMDocument2* ticket) {
+        zx::ComPtr<IXMLDOMNodeList> nodes;
+        long count = 0;
+        if (FAILED(ticket->selectNodes(zx::MakeBstr(L"//*").get(), &nodes)) || FAILED(nodes->get_length(&count)) ||
+            count < 2) {
+            return nullptr;
+        }
+        zx::ComPtr<IXMLDOMNode> node;
+        nodes->get_item(1 + Pick(static_cast<int>(count - 1)), &node);  // never the root
+        return node;
+    }
+
+    std::wstring Garbage() {
+        static const std::wstring names[] = {L"psk:PageMediaType", L"ns0000:JobMediaTypePrev", L"psk:DocumentNUp",
+                                             L"ns0000:", L"psk:", L"", L":", L"a'b\"c", L"undeclared:X"};
+        if (Chance(4)) return std::wstring(100000, static_cast<wchar_t>(L'A' + Pick(26)));
+        return names[Pick(static_cast<int>(std::size(names)))];
+    }
+
+    void MutateOnce(IXMLDOMDocument2* ticket) {
+        zx::ComPtr<IXMLDOMNode> node = RandomElement(ticket);
+        if (!node) return;
+        zx::ComPtr<IXMLDOMNode> parent, unused;
+        node->get_parentNode(&parent);
+        zx::ComPtr<IXMLDOMElement> element;
+        node->QueryInterface(IID_IXMLDOMElement, reinterpret_cast<void**>(element.GetAddressOf()));
+        switch (Pick(4)) {
+        case 0:
+            parent->removeChild(node.Get(), &unused);
+            break;
+        case 1: {
+            zx::ComPtr<IXMLDOMNode> copy;
+            node->cloneNode(VARIANT_TRUE, &copy);
+            parent->appendChild(copy.Get(), &unused);
+            break;
+        }
+        case 2:
+            if (element) {
+                zx::unique_variant value;
+                value.get()->vt = VT_BSTR;
+                value.get()->bstrVal = zx::MakeBstr(Garbage().c_str()).release();
+                element->setAttribute(zx::MakeBstr(L"name").get(), *value);
+            }
+            break;
+        default:
+            node->put_text(zx::MakeBstr(Garbage().c_str()).get());
+            break;
+        }
+    }
+
+    std::mt19937& m_random;
+};
+
+}  // namespace
+
+TEST(ProviderRobustness, HostileTicketsAndBlocksGiveHResultsAndKeepNoReferences) {
+    CoreDriver core(LoadPrinterDescription(ProgramDirectory() + kDescriptionFile));
+    JobDevMode job(core.Description(), 64, L"ZX");
+    auto provider = zxtest::CreateTicketProvider();
+    OEMPTOPTS options;
+    INT count = 0;
+    BSTR* namespaces = nullptr;
+    ASSERT_EQ(S_OK, provider->BindPrinter(reinterpret_cast<HANDLE>(1), 1, &options, &count, &namespaces));
+    SysFreeString(namespaces[0]);
+    CoTaskMemFree(namespaces);
+    ASSERT_EQ(S_OK, provider->PublishPrintTicketHelper(core.CoreHelper()));
+
+    const std::wstring base = BuildPrintTicket(core.Description(), [&job](size_t f) { return job.Selection(f); },
+                                               PrintSchema::Uri::Device);
+    const auto capabilities = zxtest::LoadDocument(BuildPrintCapabilities(core.Description(), PrintSchema::Uri::Device));
+    std::mt19937 random(20261122);
+    TicketMutator mutator(random);
+    for (int iteration = 0, total = Iterations(); iteration < total; ++iteration) {
+        auto ticket = mutator.Mutate(base);
+        std::vector<BYTE> block(std::uniform_int_distribution<size_t>(1, 128)(random));
+        for (BYTE& byte : block) byte = static_cast<BYTE>(random());
+        const ULONG blockSize = static_cast<ULONG>(block.size());
+        const ULONG before = zxtest::RefCount(ticket.Get());
+
+        provider->ConvertDevModeToPrintTicket(job.TotalSize(), job.Public(), blockSize, block.data(), ticket.Get());
+        provider->ConvertPrintTicketToDevMode(ticket.Get(), job.TotalSize(), job.Public(), blockSize, block.data());
+        provider->CompletePrintCapabilities(ticket.Get(), capabilities.Get());
+        provider->CompletePrintCapabilities(nullptr, ticket.Get());
+        const HRESULT verdict = provider->ValidatePrintTicket(ticket.Get());
+        EXPECT_TRUE(verdict == S_PT_NO_CONFLICT || FAILED(verdict)) << "iteration " << iteration;
+        ASSERT_EQ(before, zxtest::RefCount(ticket.Get())) << "iteration " << iteration;
+    }
+    provider.Reset();
+    EXPECT_EQ(1u, zxtest::RefCount(core.CoreHelper()));  // only the core driver's own
+}

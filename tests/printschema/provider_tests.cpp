@@ -1,0 +1,288 @@
+// The PrintTicket provider through its COM interface, as the core driver drives it, with
+// drvhost's core helper over the sample printer: the provider's contract, the converters and the
+// feature writers and readers.
+#include "drvhost/core_driver.h"
+#include "drvhost/print_schema.h"
+#include "drvhost/printer_install.h"
+#include "printschema/bidi_converter.h"
+#include "printschema/print_schema_names.h"
+#include "settings/private_devmode.h"
+#include "tests/printschema/dom_support.h"
+#include "tests/support/plugin_module.h"
+
+#include <gtest/gtest.h>
+
+using namespace drvhost;
+using zxtest::CountOf;
+using zxtest::LoadDocument;
+using zxtest::Reparsed;
+using zxtest::TextAt;
+
+namespace {
+
+const HRESULT kNotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+constexpr ULONG kPrivateSize = sizeof(VPrivateDevMode);
+
+std::wstring OptionOf(IXMLDOMDocument2* ticket, const std::wstring& feature) {
+    return TextAt(Reparsed(ticket).Get(), L"//psf:Feature[@name='" + feature + L"']/psf:Option/@name");
+}
+
+class ProviderTest : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(provider);
+        zx::WritePrivateDevModeHeader(&Block());
+        ASSERT_EQ(S_OK, provider->PublishPrintTicketHelper(core.CoreHelper()));
+    }
+    void TearDown() override { provider.Reset(); }  // before the helper it holds
+
+    VPrivateDevMode& Block() { return *static_cast<VPrivateDevMode*>(job.PluginBlock()); }
+
+    void Set(const char* feature, const char* option) {
+        const auto index = core.Description().FindFeature(feature);
+        ASSERT_TRUE(index) << feature;
+        const auto choice = core.Description().features[*index].FindOption(option);
+        ASSERT_TRUE(choice) << feature << "=" << option;
+        if (core.Description().features[*index].sheet == FeatureSheet::Printer) {
+            core.SetPrinterSetting(*index, static_cast<DWORD>(*choice));
+        }
+        job.SetSelection(*index, static_cast<DWORD>(*choice));
+    }
+    std::string Current(const char* feature) {
+        PCSTR option = nullptr;
+        core.CoreHelper()->GetOption(job.Public(), job.TotalSize(), feature, &option);
+        return option ? option : "";
+    }
+
+    zx::ComPtr<IXMLDOMDocument2> BaseTicket() {
+        return LoadDocument(BuildPrintTicket(core.Description(), [this](size_t f) { return job.Selection(f); },
+                                             PrintSchema::Uri::Device));
+    }
+    HRESULT ToTicket(IXMLDOMDocument2* ticket) {
+        return provider->ConvertDevModeToPrintTicket(job.TotalSize(), job.Public(), kPrivateSize, job.PluginBlock(), ticket);
+    }
+    HRESULT ToDevMode(IXMLDOMDocument2* ticket) {
+        return provider->ConvertPrintTicketToDevMode(ticket, job.TotalSize(), job.Public(), kPrivateSize, job.PluginBlock());
+    }
+
+    CoreDriver core{LoadPrinterDescription(ProgramDirectory() + kDescriptionFile)};
+    JobDevMode job{core.Description(), kPrivateSize, L"ZX"};
+    zx::ComPtr<IPrintOemPrintTicketProvider> provider = zxtest::CreateTicketProvider();
+};
+
+// A device-model client stand-in that hands out a fixed accessory record.
+class FixedDevice final : public VUINotifer {
+public:
+    FixedDevice(int32_t tray2, int32_t photoTray, int32_t colour) : m_record(1, tray2, photoTray, colour, 1) {}
+    IBiDiData* GetData() override { return &m_record; }
+
+private:
+    VIOData m_record;
+};
+
+}  // namespace
+
+TEST_F(ProviderTest, BindsToAPrinterAndHandsOutItsNamespace) {
+    OEMPTOPTS options = OEMPT_DEFAULT;
+    INT count = -1;
+    BSTR* namespaces = reinterpret_cast<BSTR*>(0xdeadbeef);
+    EXPECT_EQ(E_HANDLE, provider->BindPrinter(nullptr, 1, &options, &count, &namespaces));
+    EXPECT_EQ(E_POINTER, provider->BindPrinter(reinterpret_cast<HANDLE>(1), 1, &options, &count, nullptr));
+    EXPECT_EQ(E_VERSION_NOT_SUPPORTED, provider->BindPrinter(reinterpret_cast<HANDLE>(1), 2, &options, &count, &namespaces));
+    EXPECT_EQ(0, count);
+    EXPECT_EQ(nullptr, namespaces);
+
+    ASSERT_EQ(S_OK, provider->BindPrinter(reinterpret_cast<HANDLE>(1), 1, &options, &count, &namespaces));
+    EXPECT_EQ(OEMPT_NOSNAPSHOT, options);
+    ASSERT_EQ(1, count);
+    EXPECT_STREQ(PrintSchema::Uri::Device, namespaces[0]);
+    SysFreeString(namespaces[0]);
+    CoTaskMemFree(namespaces);
+
+    zx::unique_bstr uri;
+    EXPECT_EQ(S_OK, provider->QueryDeviceDefaultNamespace(uri.put()));
+    EXPECT_STREQ(PrintSchema::Uri::Device, uri.get());
+    EXPECT_EQ(E_POINTER, provider->QueryDeviceDefaultNamespace(nullptr));
+}
+
+TEST_F(ProviderTest, ChecksItsArgumentsInOrderBeforeAnyConverterRuns) {
+    auto ticket = BaseTicket();
+    const std::wstring before = zxtest::XmlOf(ticket.Get());
+    EXPECT_EQ(E_POINTER, provider->ConvertDevModeToPrintTicket(job.TotalSize(), nullptr, 0, nullptr, nullptr));
+    EXPECT_EQ(E_POINTER, provider->ConvertDevModeToPrintTicket(200, job.Public(), kPrivateSize, nullptr, ticket.Get()));
+    EXPECT_EQ(E_POINTER, provider->ConvertPrintTicketToDevMode(nullptr, 200, job.Public(), kPrivateSize, job.PluginBlock()));
+    EXPECT_EQ(E_INVALIDARG, provider->ConvertDevModeToPrintTicket(200, job.Public(), kPrivateSize, job.PluginBlock(), ticket.Get()));
+    EXPECT_EQ(E_INVALIDARG, provider->ConvertPrintTicketToDevMode(ticket.Get(), job.TotalSize(), job.Public(), 0, job.PluginBlock()));
+    EXPECT_EQ(before, zxtest::XmlOf(ticket.Get()));
+
+    EXPECT_EQ(S_OK, provider->ExpandIntentOptions(ticket.Get()));
+    EXPECT_EQ(before, zxtest::XmlOf(ticket.Get()));
+    EXPECT_EQ(S_PT_NO_CONFLICT, provider->ValidatePrintTicket(ticket.Get()));
+    EXPECT_EQ(E_POINTER, provider->ValidatePrintTicket(nullptr));
+}
+
+TEST_F(ProviderTest, WithoutTheUnidrvHelperConversionsFindNoOptions) {
+    zx::ComPtr<IPrintOemPrintTicketProvider> bare = zxtest::CreateTicketProvider();
+    EXPECT_EQ(S_OK, bare->PublishPrintTicketHelper(core.DriverUi()));  // not a core helper: accepted, kept out
+    auto ticket = BaseTicket();
+    EXPECT_EQ(kNotFound, bare->ConvertDevModeToPrintTicket(job.TotalSize(), job.Public(), kPrivateSize,
+                                                           job.PluginBlock(), ticket.Get()));
+    EXPECT_EQ(E_POINTER, bare->PublishPrintTicketHelper(nullptr));
+}
+
+TEST_F(ProviderTest, CapabilitiesAreCheckedButLeftAsTheHostMadeThem) {
+    auto capabilities = LoadDocument(BuildPrintCapabilities(core.Description(), PrintSchema::Uri::Device));
+    const std::wstring before = zxtest::XmlOf(capabilities.Get());
+    EXPECT_EQ(S_OK, provider->CompletePrintCapabilities(nullptr, capabilities.Get()));
+    EXPECT_EQ(before, zxtest::XmlOf(capabilities.Get()));
+    EXPECT_EQ(E_POINTER, provider->CompletePrintCapabilities(nullptr, nullptr));
+    auto foreign = LoadDocument(L"<PrintCapabilities xmlns='urn:not-the-framework' version='1'/>");
+    EXPECT_EQ(E_FAIL, provider->CompletePrintCapabilities(nullptr, foreign.Get()));
+}
+
+TEST_F(ProviderTest, BookletBindingFollowsTheTicket) {
+    Set("DocumentBinding", "Booklet");
+    auto none = LoadDocument(zxtest::Ticket(L"<psf:Feature name='psk:DocumentBinding'><psf:Option name='psk:None'/></psf:Feature>"));
+    EXPECT_EQ(S_OK, ToDevMode(none.Get()));
+    EXPECT_EQ("None", Current("DocumentBinding"));
+
+    Set("DocumentBinding", "Booklet");
+    EXPECT_EQ(S_OK, ToDevMode(LoadDocument(zxtest::Ticket(L"")).Get()));  // no binding at all: none
+    EXPECT_EQ("None", Current("DocumentBinding"));
+
+    Set("DocumentBinding", "JapaneseBooklet");
+    auto stitch = LoadDocument(zxtest::Ticket(
+        L"<psf:Feature name='psk:DocumentBinding'><psf:Option name='psk:EdgeStitchLeft'/></psf:Feature>"));
+    EXPECT_EQ(S_OK, ToDevMode(stitch.Get()));  // a binding the printer does not offer leaves the DEVMODE
+    EXPECT_EQ("JapaneseBooklet", Current("DocumentBinding"));
+}
+
+TEST_F(ProviderTest, NUpIsWrittenWithItsDirectionBordersAndBorderWidth) {
+    Set("DocumentNUp", "4");
+    Set("PresentationDirection", "BottomLeft");
+    Set("DrawBorders", "On");
+    auto ticket = BaseTicket();
+    ASSERT_EQ(S_OK, ToTicket(ticket.Get()));
+    auto written = Reparsed(ticket.Get());
+    const std::wstring nup = L"/psf:PrintTicket/psf:Feature[@name='psk:DocumentNUp']";
+    EXPECT_EQ(L"psk:BottomLeft", TextAt(written.Get(), nup + L"/psf:Feature[@name='psk:PresentationDirection'][last()]/psf:Option/@name"));
+    EXPECT_EQ(L"ns0000:On", TextAt(written.Get(), nup + L"/psf:Feature[@name='ns0000:NUpBorders']/psf:Option/@name"));
+    EXPECT_EQ(L"ns0000:DocumentNUpPageBorderWidth",
+              TextAt(written.Get(), nup + L"/psf:Feature[@name='ns0000:NUpBorders']/psf:Option/"
+                                          L"psf:ScoredProperty[@name='ns0000:BorderWidth']/psf:ParameterRef/@name"));
+    EXPECT_EQ(L"0", TextAt(written.Get(), L"/psf:PrintTicket/psf:ParameterInit[@name='ns0000:DocumentNUpPageBorderWidth']/psf:Value"));
+}
+
+TEST_F(ProviderTest, OnePagePerSheetWritesNoNUpContent) {
+    auto ticket = BaseTicket();
+    const long directions = CountOf(Reparsed(ticket.Get()).Get(), L"//psf:Feature[@name='psk:PresentationDirection']");
+    ASSERT_EQ(S_OK, ToTicket(ticket.Get()));
+    auto written = Reparsed(ticket.Get());
+    EXPECT_EQ(0, CountOf(written.Get(), L"//psf:Feature[@name='ns0000:NUpBorders']"));
+    EXPECT_EQ(0, CountOf(written.Get(), L"//psf:ParameterInit"));
+    EXPECT_EQ(directions, CountOf(written.Get(), L"//psf:Feature[@name='psk:PresentationDirection']"));
+}
+
+TEST_F(ProviderTest, WritesTheJobsPrivateFeaturesFromTheDevMode) {
+    Set("PaperSize", "A4");
+    Set("DuplexUnit", "FALSE");  // no two-sided unit: two-sided printing by hand
+    Set("PageOutputQuality", "Draft");
+    auto ticket = BaseTicket();
+    ASSERT_EQ(S_OK, ToTicket(ticket.Get()));
+
+    EXPECT_EQ(L"ns0000:Unknown", OptionOf(ticket.Get(), L"ns0000:JobZXApplicationTracking"));
+    EXPECT_EQ(L"ns0000:ON", OptionOf(ticket.Get(), L"ns0000:JobZXPrintOnBothSidesManually"));
+    EXPECT_EQ(L"ns0000:_300x300", OptionOf(ticket.Get(), L"psk:PageResolution"));
+    EXPECT_EQ(L"300", TextAt(Reparsed(ticket.Get()).Get(), L"//psf:Feature[@name='psk:PageResolution']/psf:Option/"
+                                                         L"psf:ScoredProperty[@name='psk:ResolutionY']/psf:Value"));
+    // The sample's rule for A4: plain paper (1.0) from the automatic source (7), normal quality.
+    EXPECT_EQ(L"ns0000:_1_0", OptionOf(ticket.Get(), L"psk:PageMediaType"));
+    EXPECT_EQ(L"ns0000:_7", OptionOf(ticket.Get(), L"psk:JobInputBin"));
+    EXPECT_EQ(L"psk:Normal", OptionOf(ticket.Get(), L"psk:PageOutputQuality"));
+    EXPECT_EQ(L"psk:None", OptionOf(ticket.Get(), L"psk:PageBorderless"));
+    EXPECT_EQ(L"ns0000:_1_0", OptionOf(ticket.Get(), L"ns0000:JobMediaTypePrev"));
+    EXPECT_EQ(L"ns0000:Normal", OptionOf(ticket.Get(), L"ns0000:JobOutputQualityPrev"));
+}
+
+TEST_F(ProviderTest, SettingsTheUserChoseAreNotSnapped) {
+    Set("PaperSize", "A4");
+    Set("PageOutputQuality", "High");
+    Set("TouchByUser", "On");
+    auto ticket = BaseTicket();
+    ASSERT_EQ(S_OK, ToTicket(ticket.Get()));
+    EXPECT_EQ(L"psk:High", OptionOf(ticket.Get(), L"psk:PageOutputQuality"));
+    EXPECT_EQ(L"psk:Plain", OptionOf(ticket.Get(), L"psk:PageMediaType"));
+    EXPECT_EQ(L"ns0000:OFF", OptionOf(ticket.Get(), L"ns0000:JobZXPrintOnBothSidesManually"));
+}
+
+TEST_F(ProviderTest, ATicketWithoutTheMediaMemoryFailsTheConversion) {
+    Set("PaperSize", "A4");
+    auto ticket = LoadDocument(zxtest::Ticket(
+        L"<psf:Feature name='psk:PageMediaType'><psf:Option name='psk:Plain'/></psf:Feature>"
+        L"<psf:Feature name='psk:DocumentNUp'><psf:Option><psf:ScoredProperty name='psk:PagesPerSheet'>"
+        L"<psf:Value xsi:type='xsd:integer'>1</psf:Value></psf:ScoredProperty></psf:Option></psf:Feature>"));
+    EXPECT_EQ(kNotFound, ToTicket(ticket.Get()));
+}
+
+TEST_F(ProviderTest, UserChangesOfMediaAndQualityAreFlaggedAndRemembered) {
+    const auto ticketWith = [](const wchar_t* media, const wchar_t* previousMedia, const wchar_t* quality,
+                               const wchar_t* previousQuality) {
+        return LoadDocument(zxtest::Ticket(
+            std::wstring(L"<psf:Feature name='psk:PageMediaType'><psf:Option name='") + media + L"'/></psf:Feature>"
+            L"<psf:Feature name='ns0000:JobMediaTypePrev'><psf:Option name='" + previousMedia + L"'/></psf:Feature>"
+            L"<psf:Feature name='psk:PageOutputQuality'><psf:Option name='" + quality + L"'/></psf:Feature>"
+            L"<psf:Feature name='ns0000:JobOutputQualityPrev'><psf:Option name='" + previousQuality + L"'/></psf:Feature>"));
+    };
+    auto same = ticketWith(L"ns0000:_2_0", L"ns0000:_2_0", L"psk:High", L"ns0000:High");
+    ASSERT_EQ(S_OK, ToDevMode(same.Get()));
+    EXPECT_EQ(0u, Block().dwUserChanges);
+    EXPECT_EQ(0, CountOf(Reparsed(same.Get()).Get(), L"//psf:Feature[@name='ns0000:JobTouchByUser']"));
+
+    auto changed = ticketWith(L"psk:Plain", L"ns0000:Plain", L"psk:High", L"ns0000:Normal");
+    ASSERT_EQ(S_OK, ToDevMode(changed.Get()));
+    EXPECT_EQ(0x14u, Block().dwUserChanges);
+    EXPECT_EQ(L"ns0000:On", OptionOf(changed.Get(), L"ns0000:JobTouchByUser"));
+    EXPECT_EQ(L"ns0000:Plain", OptionOf(changed.Get(), L"ns0000:JobMediaTypePrev"));
+    EXPECT_EQ(L"ns0000:High", OptionOf(changed.Get(), L"ns0000:JobOutputQualityPrev"));
+
+    zx::WritePrivateDevModeHeader(&Block());
+    auto shortMemory = ticketWith(L"ns0000:_2_0", L"ns0000:_2_0", L"psk:High", L"High");
+    ASSERT_EQ(S_OK, ToDevMode(shortMemory.Get()));
+    EXPECT_EQ(0x10u, Block().dwUserChanges);  // too short to hold the prefix: a change
+}
+
+TEST_F(ProviderTest, APageRangeIsPrintedAtThePrintersImpressionStage) {
+    Set("DocumentNUp", "2");
+    auto ticket = BaseTicket();
+    ASSERT_EQ(S_OK, ToTicket(ticket.Get()));
+    auto written = Reparsed(ticket.Get());
+    EXPECT_EQ(L"ns0000:PrinterImpression",
+              TextAt(written.Get(), L"//psf:Feature[@name='ns0000:DocumentPageRanges']/psf:Feature[@name='ns0000:Stage']/psf:Option/@name"));
+}
+
+// The device-data converter on its own, with a fixed accessory record.
+TEST(BidiConverter, WritesWhatTheDeviceReports) {
+    FixedDevice mono(0, 0, 0), full(1, 1, 1);
+    const auto convert = [](ISubject* device) {
+        auto ticket = LoadDocument(zxtest::Ticket(
+            L"<psf:Feature name='psk:PageOutputColor'><psf:Option name='psk:Color'/></psf:Feature>"
+            L"<psf:Feature name='ns0000:JobZXRlt'><psf:Option name='ns0000:_1'/></psf:Feature>"
+            L"<psf:Feature name='psk:JobInputBin'><psf:Option name='ns0000:_7'/></psf:Feature>"));
+        CBidiDMPTConv converter;
+        if (device) converter.Update(device);
+        DEVMODEW devMode{};
+        VPrivateDevMode block{};
+        EXPECT_EQ(S_OK, converter.ConvertDevModeToPrintTicket(sizeof(devMode), &devMode, sizeof(block), &block, ticket.Get()));
+        return ticket;
+    };
+    auto monochrome = convert(&mono);
+    EXPECT_EQ(L"psk:Monochrome", OptionOf(monochrome.Get(), L"psk:PageOutputColor"));
+    EXPECT_EQ(L"ns0000:_0", OptionOf(monochrome.Get(), L"ns0000:JobZXRlt"));
+    EXPECT_EQ(L"ns0000:_1", OptionOf(monochrome.Get(), L"psk:JobInputBin"));
+
+    auto colour = convert(&full);
+    EXPECT_EQ(L"psk:Color", OptionOf(colour.Get(), L"psk:PageOutputColor"));
+    EXPECT_EQ(L"ns0000:_7", OptionOf(colour.Get(), L"psk:JobInputBin"));
+    auto unknown = convert(nullptr);
+    EXPECT_EQ(L"ns0000:_7", OptionOf(unknown.Get(), L"psk:JobInputBin"));
+}
