@@ -2,6 +2,8 @@
 
 #include <exception>
 
+#include "util/result.h"
+
 namespace zx {
 
 namespace {
@@ -11,14 +13,10 @@ constexpr ULONG kPublicDevModeSize = sizeof(DEVMODEW);
 HRESULT ConverterExceptionToHResult() noexcept {
     try {
         throw;
-    } catch (const VUtilException& e) {
-        return e.Result();
-    } catch (const CXDException& e) {
-        return e.Result();
-    } catch (const ATL::CAtlException& e) {
-        return static_cast<HRESULT>(e);
-    } catch (...) {
+    } catch (const std::exception&) {
         return E_FAIL;
+    } catch (...) {
+        return CurrentExceptionToHResult();
     }
 }
 
