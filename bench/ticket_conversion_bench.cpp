@@ -31,7 +31,9 @@ public:
         ::QueryPerformanceCounter(&now);
         m_ticks += now.QuadPart - m_start.QuadPart;
     }
-    double MicrosecondsPer(int calls) const { return 1e6 * static_cast<double>(m_ticks) / m_frequency.QuadPart / calls; }
+    double MicrosecondsPer(int calls) const {
+        return 1e6 * static_cast<double>(m_ticks) / m_frequency.QuadPart / calls;
+    }
 
 private:
     LARGE_INTEGER m_frequency{}, m_start{};

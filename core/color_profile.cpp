@@ -31,11 +31,11 @@ HRESULT QueryColorProfileFor(IPrintCoreHelper* coreHelper, const DEVMODEW* publi
     // The job's own settings decide when the converter hands its DEVMODE; otherwise the helper
     // answers with the settings it holds.
     PCSTR option = nullptr;
-    if (coreHelper->GetOption(publicDevMode, DevModeTotalSize(publicDevMode), Feature::ZXColorManagement,
-                              &option) != S_OK ||
-        option == nullptr) {
+    const ULONG devModeSize = DevModeTotalSize(publicDevMode);
+    if (coreHelper->GetOption(publicDevMode, devModeSize, Feature::ZXColorManagement, &option) != S_OK) {
         return E_NOTIMPL;
     }
+    if (option == nullptr) return E_NOTIMPL;
     const wchar_t* profile = ProfileForOption(option);
     if (profile == nullptr) return E_NOTIMPL;
     if (profileDataSize == nullptr) return E_POINTER;

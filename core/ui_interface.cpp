@@ -33,8 +33,10 @@ STDMETHODIMP VUIInterfaceImpl::DevMode(DWORD dwMode, POEMDMPARAM pOemDMParam) {
 STDMETHODIMP VUIInterfaceImpl::PublishDriverInterface(IUnknown* pIUnknown) {
     if (pIUnknown == nullptr) return E_POINTER;
     HRESULT hr = E_FAIL;
-    if (!m_driverUI) hr = pIUnknown->QueryInterface(IID_IPrintOemDriverUI, reinterpret_cast<void**>(m_driverUI.GetAddressOf()));
-    if (!m_coreHelper) hr = pIUnknown->QueryInterface(IID_IPrintCoreHelper, reinterpret_cast<void**>(m_coreHelper.GetAddressOf()));
+    if (!m_driverUI)
+        hr = pIUnknown->QueryInterface(IID_IPrintOemDriverUI, reinterpret_cast<void**>(m_driverUI.GetAddressOf()));
+    if (!m_coreHelper)
+        hr = pIUnknown->QueryInterface(IID_IPrintCoreHelper, reinterpret_cast<void**>(m_coreHelper.GetAddressOf()));
     if (m_coreHelperUni) return hr;
     return pIUnknown->QueryInterface(IID_IPrintCoreHelperUni, reinterpret_cast<void**>(m_coreHelperUni.GetAddressOf()));
 }
@@ -46,8 +48,7 @@ STDMETHODIMP VUIInterfaceImpl::DocumentPropertySheets(PPROPSHEETUI_INFO, LPARAM)
 STDMETHODIMP VUIInterfaceImpl::PrinterEvent(PWSTR, INT, DWORD, LPARAM) { return E_NOTIMPL; }
 
 STDMETHODIMP VUIInterfaceImpl::QueryColorProfile(HANDLE, POEMUIOBJ, PDEVMODEW pPublicDM, PVOID, ULONG ulQueryMode,
-                                                 VOID* pvProfileData, ULONG* pcbProfileData,
-                                                 FLONG* pflProfileData) {
+                                                 VOID* pvProfileData, ULONG* pcbProfileData, FLONG* pflProfileData) {
     return zx::QueryColorProfileFor(m_coreHelper.Get(), pPublicDM, ulQueryMode, pvProfileData, pcbProfileData,
                                     pflProfileData);
 }

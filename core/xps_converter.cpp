@@ -79,11 +79,11 @@ STDMETHODIMP IOEMUIMXDC::AdjustImageableArea(HANDLE, ULONG cbDevMode, const PDEV
     return S_OK;
 }
 
-STDMETHODIMP IOEMUIMXDC::AdjustImageCompression(HANDLE, ULONG cbDevMode, const PDEVMODEW pDevMode, ULONG,
-                                                const PVOID, INT* pCompressionMode) {
+STDMETHODIMP IOEMUIMXDC::AdjustImageCompression(HANDLE, ULONG cbDevMode, const PDEVMODEW pDevMode, ULONG, const PVOID,
+                                                INT* pCompressionMode) {
     if (pCompressionMode == nullptr) return S_OK;
-    const bool is300Dpi = Covers(cbDevMode, ZX_FIELD_END(DEVMODEW, dmPrintQuality), pDevMode) &&
-                          pDevMode->dmPrintQuality == 300;
+    const bool is300Dpi =
+        Covers(cbDevMode, ZX_FIELD_END(DEVMODEW, dmPrintQuality), pDevMode) && pDevMode->dmPrintQuality == 300;
     *pCompressionMode = is300Dpi ? kCompressionFor300Dpi : kCompressionOtherwise;
     return S_OK;
 }

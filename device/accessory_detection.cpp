@@ -115,13 +115,13 @@ bool StoredFormOfAnswer(const std::wstring& key, const std::wstring& text, zx::u
     for (const AnswerRule& rule : kAnswerRules) {
         if (key != rule.key) continue;
         switch (rule.form) {
-            case AnswerForm::Identity: {
-                const std::optional<std::wstring> identity = IdentityPart(text);
-                if (identity) SetText(stored, *identity);
-                return identity.has_value();
-            }
-            case AnswerForm::Text: SetText(stored, text); return true;
-            case AnswerForm::Flag: SetBool(stored, text == rule.yes ? 1 : 0); return true;
+        case AnswerForm::Identity: {
+            const std::optional<std::wstring> identity = IdentityPart(text);
+            if (identity) SetText(stored, *identity);
+            return identity.has_value();
+        }
+        case AnswerForm::Text: SetText(stored, text); return true;
+        case AnswerForm::Flag: SetBool(stored, text == rule.yes ? 1 : 0); return true;
         }
     }
     SetBool(stored, 1);

@@ -39,9 +39,9 @@ std::optional<MapKind> MapKindOf(const std::wstring& protocol) {
 // reported it: attribute values compare exactly.
 std::wstring BaseExpression(MapKind kind, const std::wstring& protocol) {
     switch (kind) {
-        case MapKind::Xml: return L"//XMLDataMap[@Protocol='" + protocol + L"']";
-        case MapKind::Oid: return L"//OIDDataMap";
-        case MapKind::Ipp: return L"//IPPDataMap";
+    case MapKind::Xml: return L"//XMLDataMap[@Protocol='" + protocol + L"']";
+    case MapKind::Oid: return L"//OIDDataMap";
+    case MapKind::Ipp: return L"//IPPDataMap";
     }
     return {};
 }

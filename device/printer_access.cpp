@@ -21,21 +21,21 @@ struct StoredForm {
 std::optional<StoredForm> StoredFormOf(const VARIANT& value) {
     StoredForm form;
     switch (value.vt) {
-        case VT_BSTR: {
-            if (value.bstrVal == nullptr) return std::nullopt;
-            const UINT length = ::SysStringLen(value.bstrVal);
-            if (length > kMaxTextValueBytes / sizeof(wchar_t)) return std::nullopt;
-            form.type = REG_SZ;
-            form.data = reinterpret_cast<const BYTE*>(value.bstrVal);
-            form.size = length * sizeof(wchar_t);
-            return form;
-        }
-        case VT_BOOL:
-            form.type = REG_DWORD;
-            form.number = static_cast<USHORT>(value.boolVal);
-            form.size = sizeof(form.number);
-            return form;
-        default: return std::nullopt;
+    case VT_BSTR: {
+        if (value.bstrVal == nullptr) return std::nullopt;
+        const UINT length = ::SysStringLen(value.bstrVal);
+        if (length > kMaxTextValueBytes / sizeof(wchar_t)) return std::nullopt;
+        form.type = REG_SZ;
+        form.data = reinterpret_cast<const BYTE*>(value.bstrVal);
+        form.size = length * sizeof(wchar_t);
+        return form;
+    }
+    case VT_BOOL:
+        form.type = REG_DWORD;
+        form.number = static_cast<USHORT>(value.boolVal);
+        form.size = sizeof(form.number);
+        return form;
+    default: return std::nullopt;
     }
 }
 
@@ -71,9 +71,9 @@ VPrinterAccess::ValueRead VPrinterAccess::ReadValue(const wchar_t* name, zx::uni
         return ValueRead::Missing;
     }
     switch (type) {
-        case REG_SZ: return ReadText(name, needed, value);
-        case REG_DWORD: return ReadNumber(name, value);
-        default: return ValueRead::Read;
+    case REG_SZ: return ReadText(name, needed, value);
+    case REG_DWORD: return ReadNumber(name, value);
+    default: return ValueRead::Read;
     }
 }
 

@@ -19,7 +19,8 @@ struct IExternalLogMonitor : public IDispatch {
     virtual HRESULT STDMETHODCALLTYPE FunctionEntered(BSTR shortName) = 0;
     virtual HRESULT STDMETHODCALLTYPE FunctionLeft(BSTR shortName) = 0;
 };
-inline constexpr IID IID_IExternalLogMonitor = {0x46c071bd, 0x4ab9, 0x4ced, {0xb7, 0x2b, 0x99, 0x76, 0x37, 0x0f, 0x00, 0x7e}};
+inline constexpr IID IID_IExternalLogMonitor = {
+    0x46c071bd, 0x4ab9, 0x4ced, {0xb7, 0x2b, 0x99, 0x76, 0x37, 0x0f, 0x00, 0x7e}};
 
 // What ExtMonitorFlags asks the monitor to be told.
 namespace MonitorFlag {

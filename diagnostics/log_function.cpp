@@ -12,7 +12,9 @@ namespace {
 constexpr size_t kNameScanLimit = 255;
 constexpr size_t kParameterCapacity = 260;
 
-const wchar_t* SourceOrModule(const std::wstring& sourceFile) { return sourceFile.empty() ? nullptr : sourceFile.c_str(); }
+const wchar_t* SourceOrModule(const std::wstring& sourceFile) {
+    return sourceFile.empty() ? nullptr : sourceFile.c_str();
+}
 
 }  // namespace
 
@@ -96,7 +98,8 @@ CLogFunction::~CLogFunction() {
             ::QueryPerformanceCounter(&now);
             if (!::QueryPerformanceFrequency(&frequency) || frequency.QuadPart == 0) frequency.QuadPart = 1000000;
             wchar_t duration[64];
-            std::swprintf(duration, 64, L" (Dur: %lld us) ", (now.QuadPart - m_start.QuadPart) * 1000000 / frequency.QuadPart);
+            std::swprintf(duration, 64, L" (Dur: %lld us) ",
+                          (now.QuadPart - m_start.QuadPart) * 1000000 / frequency.QuadPart);
             text += duration;
         }
         if (m_exceptionState == TraceState::Handled) text += L"(handled exception) ";
@@ -136,8 +139,6 @@ void CLogFunction::ReturnHex(DWORD value) {
     WriteResult(text, value);
 }
 
-void CLogFunction::ReturnBool(bool value) {
-    WriteResult(value ? L"Return: TRUE" : L"Return: FALSE", value ? 0 : 1);
-}
+void CLogFunction::ReturnBool(bool value) { WriteResult(value ? L"Return: TRUE" : L"Return: FALSE", value ? 0 : 1); }
 
 }  // namespace NGLogging

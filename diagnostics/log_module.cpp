@@ -27,10 +27,10 @@ constexpr DWORD kSharingRetryMilliseconds = 30;
 constexpr DWORD kSharingRetryLimit = 120;
 
 // The kinds that a category lets through; the level, the mark and the attribute bits do not.
-constexpr DWORD kEnablingKinds = Category::Information | Category::Exception | Category::Warning |
-                                 Category::Important | Category::State | Category::Debug | Category::FunctionEntry |
-                                 Category::FunctionExit | Category::Lock | Category::Parameters | Category::Result |
-                                 Category::ErrorText | Category::Header;
+constexpr DWORD kEnablingKinds = Category::Information | Category::Exception | Category::Warning | Category::Important |
+                                 Category::State | Category::Debug | Category::FunctionEntry | Category::FunctionExit |
+                                 Category::Lock | Category::Parameters | Category::Result | Category::ErrorText |
+                                 Category::Header;
 
 struct Marker {
     DWORD bit;
@@ -38,10 +38,10 @@ struct Marker {
 };
 // In the order the markers appear; the information and mark markers carry numbers.
 constexpr Marker kMarkers[] = {
-    {Category::Exception, L"(EX) "}, {Category::Important, L"(##) "}, {Category::Warning, L"(WN) "},
-    {Category::Header, L"(++) "},    {Category::Information, nullptr}, {Category::State, L"(ST) "},
+    {Category::Exception, L"(EX) "}, {Category::Important, L"(##) "},     {Category::Warning, L"(WN) "},
+    {Category::Header, L"(++) "},    {Category::Information, nullptr},    {Category::State, L"(ST) "},
     {Category::Debug, L"(DB) "},     {Category::FunctionEntry, L"(->) "}, {Category::FunctionExit, L"(<-) "},
-    {Category::ErrorText, L"(**) "}, {Category::Lock, L"(LK) "},      {Category::Parameters, L"(IP) "},
+    {Category::ErrorText, L"(**) "}, {Category::Lock, L"(LK) "},          {Category::Parameters, L"(IP) "},
     {Category::MarkMask, nullptr},
 };
 
@@ -67,7 +67,8 @@ std::string Utf8(const std::wstring& text) {
     const int length =
         ::WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0, nullptr, nullptr);
     std::string bytes(static_cast<size_t>(length > 0 ? length : 0), '\0');
-    ::WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), bytes.data(), length, nullptr, nullptr);
+    ::WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), bytes.data(), length, nullptr,
+                          nullptr);
     return bytes;
 }
 
@@ -144,8 +145,8 @@ private:
     CRITICAL_SECTION& m_section;
 };
 
-CLogModule::CLogModule(const wchar_t* moduleName, const char* buildDate, const char* buildTime,
-                       ULONG_PTR processValue, DWORD pollSeconds)
+CLogModule::CLogModule(const wchar_t* moduleName, const char* buildDate, const char* buildTime, ULONG_PTR processValue,
+                       DWORD pollSeconds)
     : m_moduleName(moduleName ? moduleName : WithoutExtension(FileNameOf(ModulePath(zx::ModuleInstance())))),
       m_executablePath(ModulePath(nullptr)),
       m_buildText(Widen(buildDate) + L" " + Widen(buildTime)),
@@ -177,7 +178,8 @@ bool CLogModule::RegistryDue() const {
 
 namespace {
 
-void ReadSettingsValues(HKEY key, CLogSettings& settings, const std::function<CLogFileEntry*(const std::wstring&)>& file) {
+void ReadSettingsValues(HKEY key, CLogSettings& settings,
+                        const std::function<CLogFileEntry*(const std::wstring&)>& file) {
     if (!key) return;
     ReadDword(key, L"LogInfoDetailLevel", settings.detailLevel);
     if (ReadDword(key, L"LogCategories", settings.categories)) settings.categories |= Category::LevelMask;
@@ -246,7 +248,8 @@ void CLogModule::ReadRegistry() {
 
 CLogFileEntry* CLogModule::FileEntry(const std::wstring& configuredName) {
     wchar_t expanded[kPathCapacity];
-    const DWORD length = ::ExpandEnvironmentStringsW(configuredName.c_str(), expanded, static_cast<DWORD>(kPathCapacity));
+    const DWORD length =
+        ::ExpandEnvironmentStringsW(configuredName.c_str(), expanded, static_cast<DWORD>(kPathCapacity));
     if (length == 0 || length > kPathCapacity) return nullptr;
     std::unique_ptr<CLogFileEntry>& entry = m_files[expanded];
     if (!entry) {
@@ -308,7 +311,8 @@ std::wstring CLogModule::ComposePrefix(const CLogSettings& settings, DWORD kind,
         prefix += Format(compact ? L":%010lld " : L"%010lld ", microseconds % 10000000000LL);
     }
     if (options & Option::Elapsed) {
-        const long long elapsed = m_lastLine.QuadPart ? (counter.QuadPart - m_lastLine.QuadPart) * 1000 / frequency.QuadPart : 0;
+        const long long elapsed =
+            m_lastLine.QuadPart ? (counter.QuadPart - m_lastLine.QuadPart) * 1000 / frequency.QuadPart : 0;
         prefix += Format(L"(%06lld ms) ", elapsed);
     }
     m_lastLine = counter;
@@ -333,7 +337,8 @@ std::wstring CLogModule::ComposePrefix(const CLogSettings& settings, DWORD kind,
 namespace {
 
 void ReportDroppedLine(const NGUtils::CWin32Exception& fault) {
-    ::OutputDebugStringW((std::wstring(L"Exception Exit: InternalLogSimpleString (") + fault.Message() + L")\r\n").c_str());
+    ::OutputDebugStringW(
+        (std::wstring(L"Exception Exit: InternalLogSimpleString (") + fault.Message() + L")\r\n").c_str());
 }
 
 }  // namespace
@@ -350,7 +355,8 @@ void CLogModule::WriteLine(const wchar_t* sourceFile, DWORD kind, const CLogFunc
     }
 }
 
-void CLogModule::WriteCopied(const wchar_t* sourceFile, DWORD kind, const CLogFunction* trace, const std::wstring& text) {
+void CLogModule::WriteCopied(const wchar_t* sourceFile, DWORD kind, const CLogFunction* trace,
+                             const std::wstring& text) {
     CLogSettings& settings = RecordFor(sourceFile);
     WriteComposed(settings, kind, ComposePrefix(settings, kind, trace), text);
 }
@@ -436,7 +442,8 @@ void CLogModule::WriteToFile(CLogSettings& settings, CLogFileEntry& file, const 
     zx::unique_file handle = OpenForAppending(file.fullPath, error);
     if (!handle) {
         Queue(line);
-        ::OutputDebugStringW((L"Unable to open log file:\r\n<" + file.fullPath + L">\r\n" + ErrorText(error) + L"\r\n").c_str());
+        ::OutputDebugStringW(
+            (L"Unable to open log file:\r\n<" + file.fullPath + L">\r\n" + ErrorText(error) + L"\r\n").c_str());
         return;
     }
     if (!m_queue.empty()) {
@@ -447,8 +454,8 @@ void CLogModule::WriteToFile(CLogSettings& settings, CLogFileEntry& file, const 
     Append(handle.get(), line);
     file.size = ::GetFileSize(handle.get(), nullptr);
     if (limit && file.size >= limit) {
-        Append(handle.get(), Utf8(Format(L"*** FILE SIZE LIMIT REACHED, LOGGING DISABLED FOR %ls MODULE ***",
-                                         m_moduleName.c_str())));
+        Append(handle.get(),
+               Utf8(Format(L"*** FILE SIZE LIMIT REACHED, LOGGING DISABLED FOR %ls MODULE ***", m_moduleName.c_str())));
         const bool restarts = (settings.options & Option::Truncate) && (settings.options & Option::UniqueName);
         file.restart = restarts;
         file.size = restarts ? 0 : ::GetFileSize(handle.get(), nullptr);
@@ -459,7 +466,8 @@ bool CLogModule::OpenFirstTime(CLogSettings& settings, CLogFileEntry& file) {
     std::wstring path = file.name;
     if (path.find_first_of(L"\\/:") == std::wstring::npos) {
         wchar_t folder[MAX_PATH];
-        if (FAILED(::SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA | CSIDL_FLAG_CREATE, nullptr, 0, folder))) return false;
+        if (FAILED(::SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA | CSIDL_FLAG_CREATE, nullptr, 0, folder)))
+            return false;
         path = std::wstring(folder) + L"\\" + path;
     }
     if (settings.options & Option::UniqueName) {
@@ -469,8 +477,8 @@ bool CLogModule::OpenFirstTime(CLogSettings& settings, CLogFileEntry& file) {
         path = ::GetLongPathNameW(unique, longPath, MAX_PATH) ? longPath : unique;
     }
     const DWORD disposition = (settings.options & Option::Truncate) ? CREATE_ALWAYS : OPEN_ALWAYS;
-    zx::unique_file created(
-        ::CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
+    zx::unique_file created(::CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, disposition,
+                                          FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!created) return false;
     file.size = ::GetFileSize(created.get(), nullptr);
     created.reset();
@@ -493,7 +501,8 @@ void CLogModule::WriteHeader(CLogSettings& settings) {
         Format(L"      Process ID: %ld", static_cast<long>(::GetCurrentProcessId())),
         L"        Built on: " + m_buildText,
     };
-    if (settings.options & Option::HeaderListsProcess) lines.push_back(L"         Process: " + FileNameOf(m_executablePath));
+    if (settings.options & Option::HeaderListsProcess)
+        lines.push_back(L"         Process: " + FileNameOf(m_executablePath));
     lines.push_back(L"   Log File Name: <" + settings.file->fullPath + L">");
     for (const std::wstring& line : lines) {
         WriteComposed(settings, Category::Header, ComposePrefix(settings, Category::Header, nullptr), line);

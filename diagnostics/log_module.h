@@ -63,7 +63,7 @@ struct CLogFileEntry {
     std::wstring fullPath;  // once opened
     DWORD size = 0;         // bytes written so far
     bool opened = false;
-    bool restart = false;   // the size limit was reached and the file starts anew
+    bool restart = false;  // the size limit was reached and the file starts anew
     std::wstring indentation;
 };
 

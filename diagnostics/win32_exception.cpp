@@ -35,8 +35,7 @@ bool IsProcessorFault(DWORD code) {
     case EXCEPTION_FLT_UNDERFLOW:
     case EXCEPTION_FLT_STACK_CHECK:
     case EXCEPTION_FLT_INEXACT_RESULT:
-    case EXCEPTION_FLT_DENORMAL_OPERAND:
-        return true;
+    case EXCEPTION_FLT_DENORMAL_OPERAND: return true;
     default:  // C++ exceptions, debugger output and the like pass on
         return false;
     }

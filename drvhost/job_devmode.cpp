@@ -21,18 +21,29 @@ struct PaperDimensions {
 
 // Paper sizes whose public DEVMODE fields the core driver fills; others keep the last values.
 constexpr PaperDimensions kPapers[] = {
-    {"LETTER", DMPAPER_LETTER, 2159, 2794},      {"LEGAL", DMPAPER_LEGAL, 2159, 3556},
-    {"A4", DMPAPER_A4, 2100, 2970},              {"A5", DMPAPER_A5, 1480, 2100},
-    {"A6", DMPAPER_A6, 1050, 1480},              {"A3", DMPAPER_A3, 2970, 4200},
-    {"B5", DMPAPER_B5, 1820, 2570},              {"EXECUTIVE", DMPAPER_EXECUTIVE, 1841, 2667},
-    {"STATEMENT", DMPAPER_STATEMENT, 1397, 2159}, {"TABLOID", DMPAPER_TABLOID, 2794, 4318},
-    {"ENV_10", DMPAPER_ENV_10, 1048, 2413},      {"ENV_DL", DMPAPER_ENV_DL, 1100, 2200},
-    {"ENV_C5", DMPAPER_ENV_C5, 1620, 2290},      {"ENV_C6", DMPAPER_ENV_C6, 1140, 1620},
+    {"LETTER", DMPAPER_LETTER, 2159, 2794},
+    {"LEGAL", DMPAPER_LEGAL, 2159, 3556},
+    {"A4", DMPAPER_A4, 2100, 2970},
+    {"A5", DMPAPER_A5, 1480, 2100},
+    {"A6", DMPAPER_A6, 1050, 1480},
+    {"A3", DMPAPER_A3, 2970, 4200},
+    {"B5", DMPAPER_B5, 1820, 2570},
+    {"EXECUTIVE", DMPAPER_EXECUTIVE, 1841, 2667},
+    {"STATEMENT", DMPAPER_STATEMENT, 1397, 2159},
+    {"TABLOID", DMPAPER_TABLOID, 2794, 4318},
+    {"ENV_10", DMPAPER_ENV_10, 1048, 2413},
+    {"ENV_DL", DMPAPER_ENV_DL, 1100, 2200},
+    {"ENV_C5", DMPAPER_ENV_C5, 1620, 2290},
+    {"ENV_C6", DMPAPER_ENV_C6, 1140, 1620},
     {"ENV_MONARCH", DMPAPER_ENV_MONARCH, 984, 1905},
-    {"ZX_EDGETOEDGE_A4", DMPAPER_A4, 2100, 2970}, {"ZX_EDGETOEDGE_LETTER", DMPAPER_LETTER, 2159, 2794},
-    {"Edge_to_Edge_A3", DMPAPER_A3, 2970, 4200},  {"Edge_to_Edge_Tabloid", DMPAPER_TABLOID, 2794, 4318},
-    {"ZX_4X6_IN", DMPAPER_USER, 1016, 1524},     {"ZX_5X7_IN", DMPAPER_USER, 1270, 1778},
-    {"ZX_10X15_CM", DMPAPER_USER, 1000, 1500},   {"ZX_8X10_IN", DMPAPER_USER, 2032, 2540},
+    {"ZX_EDGETOEDGE_A4", DMPAPER_A4, 2100, 2970},
+    {"ZX_EDGETOEDGE_LETTER", DMPAPER_LETTER, 2159, 2794},
+    {"Edge_to_Edge_A3", DMPAPER_A3, 2970, 4200},
+    {"Edge_to_Edge_Tabloid", DMPAPER_TABLOID, 2794, 4318},
+    {"ZX_4X6_IN", DMPAPER_USER, 1016, 1524},
+    {"ZX_5X7_IN", DMPAPER_USER, 1270, 1778},
+    {"ZX_10X15_CM", DMPAPER_USER, 1000, 1500},
+    {"ZX_8X10_IN", DMPAPER_USER, 2032, 2540},
 };
 
 struct PublicValue {
@@ -40,9 +51,10 @@ struct PublicValue {
     short value;
 };
 
-constexpr PublicValue kDuplexValues[] = {{"NONE", DMDUP_SIMPLEX}, {"VERTICAL", DMDUP_VERTICAL}, {"HORIZONTAL", DMDUP_HORIZONTAL}};
-constexpr PublicValue kOrientationValues[] = {{"PORTRAIT", DMORIENT_PORTRAIT}, {"LANDSCAPE_CC90", DMORIENT_LANDSCAPE},
-                                              {"LANDSCAPE_CC270", DMORIENT_LANDSCAPE}};
+constexpr PublicValue kDuplexValues[] = {
+    {"NONE", DMDUP_SIMPLEX}, {"VERTICAL", DMDUP_VERTICAL}, {"HORIZONTAL", DMDUP_HORIZONTAL}};
+constexpr PublicValue kOrientationValues[] = {
+    {"PORTRAIT", DMORIENT_PORTRAIT}, {"LANDSCAPE_CC90", DMORIENT_LANDSCAPE}, {"LANDSCAPE_CC270", DMORIENT_LANDSCAPE}};
 constexpr PublicValue kColorValues[] = {{"Color", DMCOLOR_COLOR}, {"Mono", DMCOLOR_MONOCHROME}};
 constexpr PublicValue kCollateValues[] = {{"OFF", DMCOLLATE_FALSE}, {"ON", DMCOLLATE_TRUE}};
 constexpr PublicValue kQualityValues[] = {{"Draft", 300}, {"Normal", 600}, {"High", 1200}};
@@ -94,8 +106,8 @@ DWORD* FindSelections(const DEVMODEW* devMode, DWORD cbSize, size_t featureCount
     if (devMode == nullptr || cbSize < sizeof(DEVMODEW) || devMode->dmSize != sizeof(DEVMODEW)) return nullptr;
     const DWORD areaSize = CoreAreaSize(featureCount);
     if (devMode->dmDriverExtra < areaSize || cbSize < sizeof(DEVMODEW) + areaSize) return nullptr;
-    auto* area = reinterpret_cast<CoreDriverArea*>(reinterpret_cast<BYTE*>(const_cast<DEVMODEW*>(devMode)) +
-                                                   sizeof(DEVMODEW));
+    auto* area =
+        reinterpret_cast<CoreDriverArea*>(reinterpret_cast<BYTE*>(const_cast<DEVMODEW*>(devMode)) + sizeof(DEVMODEW));
     if (area->signature != kCoreDriverSignature || area->size != areaSize || area->featureCount != featureCount) {
         return nullptr;
     }
@@ -122,7 +134,8 @@ JobDevMode::JobDevMode(const PrinterDescription& description, DWORD pluginBlockS
     area->size = areaSize;
     area->signature = kCoreDriverSignature;
     area->featureCount = static_cast<DWORD>(description.features.size());
-    for (size_t i = 0; i < description.features.size(); ++i) SetSelection(i, static_cast<DWORD>(description.features[i].defaultOption));
+    for (size_t i = 0; i < description.features.size(); ++i)
+        SetSelection(i, static_cast<DWORD>(description.features[i].defaultOption));
 }
 
 DWORD JobDevMode::Selection(size_t feature) const {

@@ -249,7 +249,8 @@ void RunSheet(DriverHost& host, bool printerSheet, const std::wstring& screensho
     std::printf("pages added by plug-in: %zu%s\n", session.Pages().size(),
                 session.StartPage() ? " (one is the start page)" : "");
     DWORD hidden = 0;
-    for (DWORD i = 0; i < session.Items().Count(); ++i) hidden += (session.Items().Items()[i].Flags & OPTIF_HIDE) ? 1 : 0;
+    for (DWORD i = 0; i < session.Items().Count(); ++i)
+        hidden += (session.Items().Items()[i].Flags & OPTIF_HIDE) ? 1 : 0;
     std::printf("items:                  %lu (%lu hidden by the plug-in)\n", session.Items().Count(), hidden);
 
     if (screenshot.empty()) return;
@@ -281,8 +282,9 @@ int RunDemo(const Arguments& arguments) {
 
     std::printf("\n== An application asks for A4 booklets on glossy photo paper ==\n");
     auto changed = host->NewDefaultJob();
-    SetFeatures(*host, *changed, {L"--set", L"PaperSize=A4", L"--set", L"DocumentBinding=Booklet", L"--set",
-                                  L"DocumentNUp=2", L"--set", L"Duplex=VERTICAL"});
+    SetFeatures(*host, *changed,
+                {L"--set", L"PaperSize=A4", L"--set", L"DocumentBinding=Booklet", L"--set", L"DocumentNUp=2", L"--set",
+                 L"Duplex=VERTICAL"});
     auto changedTicket = tickets.TicketFor(*changed, result);
     SetTicketOption(changedTicket.Get(), L"psk:PageMediaType", L"psk:PhotographicGlossy");
     auto applied = host->NewDefaultJob();
@@ -322,8 +324,9 @@ int wmain(int argc, wchar_t** argv) {
             ComApartment com;
             return command.run(arguments);
         }
-        std::fprintf(stderr, "drvhost: %s (try --help)\n",
-                     arguments.command.empty() ? "no command" : ("unknown command " + WideToUtf8(arguments.command)).c_str());
+        std::fprintf(
+            stderr, "drvhost: %s (try --help)\n",
+            arguments.command.empty() ? "no command" : ("unknown command " + WideToUtf8(arguments.command)).c_str());
         return 2;
     } catch (const std::invalid_argument& e) {
         std::fprintf(stderr, "drvhost: %s\n", e.what());

@@ -13,14 +13,21 @@ struct ItemPlacement {
 
 // Where the standard document sheet shows a feature and which public DEVMODE field it stands for.
 constexpr ItemPlacement kPlacements[] = {
-    {"Orientation", DMPUB_ORIENTATION, 1},     {"Collate", DMPUB_COPIES_COLLATE, 2},
-    {"InputBin", DMPUB_DEFSOURCE, 0},          {"Resolution", DMPUB_PRINTQUALITY, 2},
-    {"ColorMode", DMPUB_COLOR, 0},             {"Duplex", DMPUB_DUPLEX, 1},
-    {"PaperSize", DMPUB_FORMNAME, 0},          {"MediaType", DMPUB_MEDIATYPE, 0},
-    {"PageOutputQuality", DMPUB_QUALITY, 0},   {"DocumentNUp", DMPUB_NUP, 1},
+    {"Orientation", DMPUB_ORIENTATION, 1},
+    {"Collate", DMPUB_COPIES_COLLATE, 2},
+    {"InputBin", DMPUB_DEFSOURCE, 0},
+    {"Resolution", DMPUB_PRINTQUALITY, 2},
+    {"ColorMode", DMPUB_COLOR, 0},
+    {"Duplex", DMPUB_DUPLEX, 1},
+    {"PaperSize", DMPUB_FORMNAME, 0},
+    {"MediaType", DMPUB_MEDIATYPE, 0},
+    {"PageOutputQuality", DMPUB_QUALITY, 0},
+    {"DocumentNUp", DMPUB_NUP, 1},
     {"PresentationDirection", DMPUB_NUP_DIRECTION, 1},
-    {"BorderlessPrint", DMPUB_NONE, 0},        {"ZXMaxDpi", DMPUB_NONE, 0},
-    {"DocumentBinding", DMPUB_NONE, 1},        {"DocumentMargins", DMPUB_NONE, 1},
+    {"BorderlessPrint", DMPUB_NONE, 0},
+    {"ZXMaxDpi", DMPUB_NONE, 0},
+    {"DocumentBinding", DMPUB_NONE, 1},
+    {"DocumentMargins", DMPUB_NONE, 1},
     {"DrawBorders", DMPUB_NONE, 1},
 };
 

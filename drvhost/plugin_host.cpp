@@ -23,7 +23,8 @@ Fn Entry(HMODULE module, const char* name) {
 PluginHost::PluginHost(const std::wstring& dllPath) {
     m_module = ::LoadLibraryW(dllPath.c_str());
     if (m_module == nullptr) {
-        throw std::runtime_error("cannot load " + Narrow(dllPath) + " (error " + std::to_string(::GetLastError()) + ")");
+        throw std::runtime_error("cannot load " + Narrow(dllPath) + " (error " + std::to_string(::GetLastError()) +
+                                 ")");
     }
     m_getClassObject = Entry<decltype(m_getClassObject)>(m_module, "DllGetClassObject");
     m_canUnloadNow = Entry<decltype(m_canUnloadNow)>(m_module, "DllCanUnloadNow");

@@ -4,7 +4,6 @@
 #include "drvhost/xml_document.h"
 #include "util/scoped.h"
 
-
 #include <cctype>
 #include <cstdlib>
 #include <map>
@@ -198,7 +197,8 @@ std::optional<size_t> OptionOf(IXMLDOMNode* featureNode, const FeatureDescriptio
         }
         return std::nullopt;
     }
-    ComPtr<IXMLDOMNode> pages = SelectSingle(option.Get(), L"psf:ScoredProperty[substring-after(@name, ':') = 'PagesPerSheet']/psf:Value");
+    ComPtr<IXMLDOMNode> pages =
+        SelectSingle(option.Get(), L"psf:ScoredProperty[substring-after(@name, ':') = 'PagesPerSheet']/psf:Value");
     if (pages) return feature.FindOption(WideToUtf8(TextOf(pages.Get())));
     return std::nullopt;
 }
@@ -238,7 +238,8 @@ std::wstring BuildPrintCapabilities(const PrinterDescription& description, const
                        NamespaceDeclarations(deviceNamespace) + L">";
     for (const FeatureDescription& feature : description.features) {
         xml += L"<psf:Feature name=\"" + W(SchemaFeatureName(feature)) + L"\">" +
-               QNameProperty(L"psf:SelectionType", L"psk:PickOne") + StringProperty(L"psk:DisplayName", feature.displayName);
+               QNameProperty(L"psf:SelectionType", L"psk:PickOne") +
+               StringProperty(L"psk:DisplayName", feature.displayName);
         for (const OptionDescription& option : feature.options) {
             xml += L"<psf:Option name=\"" + W(SchemaOptionName(option)) + L"\">" +
                    StringProperty(L"psk:DisplayName", option.displayName) + ScoredPropertiesOf(feature, option) +

@@ -20,7 +20,8 @@
 
 namespace drvhost {
 
-inline constexpr wchar_t kFrameworkUri[] = L"http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework";
+inline constexpr wchar_t kFrameworkUri[] =
+    L"http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework";
 inline constexpr wchar_t kKeywordsUri[] = L"http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords";
 inline constexpr wchar_t kSchemaInstanceUri[] = L"http://www.w3.org/2001/XMLSchema-instance";
 inline constexpr wchar_t kSchemaUri[] = L"http://www.w3.org/2001/XMLSchema";

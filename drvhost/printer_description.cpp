@@ -191,8 +191,7 @@ private:
         if (!defaultKeyword.empty()) {
             const auto index = feature.FindOption(defaultKeyword);
             if (!index) {
-                FailAt(defaultLine,
-                                       "*DefaultOption: " + defaultKeyword + " is not an option of " + feature.keyword);
+                FailAt(defaultLine, "*DefaultOption: " + defaultKeyword + " is not an option of " + feature.keyword);
             }
             feature.defaultOption = *index;
         }
@@ -211,7 +210,8 @@ private:
             }
             if (m_token.kind == Token::Open) m_scanner.Fail("'{' without an attribute before it");
             const std::string& name = m_token.name;
-            if (name == "Feature" || name == "Option") m_scanner.Fail("*" + name + " inside *Option: " + option.keyword);
+            if (name == "Feature" || name == "Option")
+                m_scanner.Fail("*" + name + " inside *Option: " + option.keyword);
             if (name == "Name") {
                 option.displayName = Widen(m_token.value);
             } else if (name == "PrintSchemaKeywordMap") {
@@ -242,7 +242,8 @@ private:
     }
 
     void AddFeature(PrinterDescription& description, FeatureDescription feature) {
-        if (description.FindFeature(feature.keyword)) m_scanner.Fail("*Feature: " + feature.keyword + " declared twice");
+        if (description.FindFeature(feature.keyword))
+            m_scanner.Fail("*Feature: " + feature.keyword + " declared twice");
         description.features.push_back(std::move(feature));
     }
 

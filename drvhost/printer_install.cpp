@@ -85,8 +85,7 @@ bool PrinterExists(const std::wstring& printerName) {
 }
 
 void AddPrinter(const std::wstring& printerName, const std::wstring& portName) {
-    std::wstring name = printerName, driver = kDriverName, port = portName, processor = L"winprint",
-                 datatype = L"RAW";
+    std::wstring name = printerName, driver = kDriverName, port = portName, processor = L"winprint", datatype = L"RAW";
     PRINTER_INFO_2W info{};
     info.pPrinterName = name.data();
     info.pPortName = port.data();

@@ -20,7 +20,7 @@ inline constexpr wchar_t kDevicePort[] = L"USB001";
 
 struct PrinterSetup {
     std::wstring printerName = kDefaultPrinterName;
-    std::wstring sourceDirectory;         // where the built driver files are
+    std::wstring sourceDirectory;  // where the built driver files are
     // Further files of the driver directory, installed when the build has them.
     std::vector<std::wstring> extraFiles = {L"mortalures18.dll", L"unires.dll", L"zxtaluudm.dll", L"zxbuio.dll",
                                             L"mortaluDataMap.xml"};

@@ -128,7 +128,8 @@ private:
             for (size_t option = 0; option < 3; ++option) {
                 m_template.Add(kButtonClass, BS_AUTORADIOBUTTON | WS_TABSTOP,
                                static_cast<short>(controlX + option * kRadioWidth), y, kRadioWidth - 2, 12,
-                               static_cast<WORD>(first + kRadioOffsets[option]), item.pOptType->pOptParam[option].pData);
+                               static_cast<WORD>(first + kRadioOffsets[option]),
+                               item.pOptType->pOptParam[option].pData);
             }
         } else {
             m_template.Add(kComboClass, CBS_DROPDOWNLIST | WS_VSCROLL | WS_TABSTOP, controlX, y, kControlWidth, 120,
@@ -168,7 +169,8 @@ private:
                 }
             } else if (!row.radio && code == CBN_SELCHANGE && id == first + ListControlOffset(row.feature)) {
                 const LRESULT entry = ::SendDlgItemMessageW(dialog, id, CB_GETCURSEL, 0, 0);
-                if (entry >= 0 && static_cast<size_t>(entry) < row.listedOptions.size()) chosen = row.listedOptions[entry];
+                if (entry >= 0 && static_cast<size_t>(entry) < row.listedOptions.size())
+                    chosen = row.listedOptions[entry];
             }
             if (chosen < 0 || chosen == row.item->Sel) continue;
             m_session.SelectOption(row.feature, chosen, dialog);

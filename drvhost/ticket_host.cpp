@@ -39,9 +39,8 @@ TicketHost::~TicketHost() = default;
 ComPtr<IXMLDOMDocument2> TicketHost::TicketFor(JobDevMode& job, HRESULT& result) {
     ComPtr<IXMLDOMDocument2> ticket =
         ParseXml(BuildPrintTicket(m_host.Core().Description(), SelectionsOf(job), m_deviceNamespace));
-    result = m_provider ? m_provider->ConvertDevModeToPrintTicket(job.TotalSize(), job.Public(),
-                                                                  job.PluginBlockSize(), job.PluginBlock(),
-                                                                  ticket.Get())
+    result = m_provider ? m_provider->ConvertDevModeToPrintTicket(job.TotalSize(), job.Public(), job.PluginBlockSize(),
+                                                                  job.PluginBlock(), ticket.Get())
                         : E_NOINTERFACE;
     return ticket;
 }

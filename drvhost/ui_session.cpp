@@ -143,8 +143,7 @@ LONG_PTR CALLBACK UiSession::ComPropSheet(HANDLE sheet, UINT function, LPARAM lP
     case CPSFUNC_SET_RESULT:
         session->m_results.emplace_back(reinterpret_cast<HANDLE>(lParam1), static_cast<LONG_PTR>(lParam2));
         return 1;
-    default:
-        return 0;
+    default: return 0;
     }
 }
 

@@ -175,10 +175,10 @@ const HostRule* FindHostRule(const PathBuffer& path) {
 void NameFromHost(const HostRule& host, VStringBuffer& name) {
     bool recognised = false;
     switch (host.evidence) {
-        case Evidence::SpoolerClient: NameSpoolerClient(name); return;
-        case Evidence::LoadedModule: recognised = HasLoadedModule(host.sign); break;
-        case Evidence::CommandLine: recognised = CommandLineNames(host.sign); break;
-        case Evidence::Nothing: break;
+    case Evidence::SpoolerClient: NameSpoolerClient(name); return;
+    case Evidence::LoadedModule: recognised = HasLoadedModule(host.sign); break;
+    case Evidence::CommandLine: recognised = CommandLineNames(host.sign); break;
+    case Evidence::Nothing: break;
     }
     if (recognised) SetName(name, host.application, std::wcslen(host.application));
 }
@@ -224,8 +224,8 @@ VStringBuffer DetectPrintingApplication() {
 
 void RecordPrintingApplication(VPrintTicketHandler& ticket) noexcept {
     zx::CatchAll([&] {
-        ZX_RETURN_IF_FAILED(ticket.FindPrefixedFeature(PrivateFeature::JobZXApplicationTracking, Prefix::Framework,
-                                                       Prefix::Private));
+        ZX_RETURN_IF_FAILED(
+            ticket.FindPrefixedFeature(PrivateFeature::JobZXApplicationTracking, Prefix::Framework, Prefix::Private));
         const VStringBuffer application = DetectPrintingApplication();
         return WriteApplicationTracking(ticket, application.c_str());
     });

@@ -13,10 +13,21 @@ constexpr DWORD kBindingOptionCount = 15;
 const HRESULT kNotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
 
 // Print Schema binding options by index; the DEVMODE table uses the same numbers.
-constexpr const wchar_t* kBindingNames[kBindingOptionCount] = {
-    L"Bale",          L"BindBottom",      L"BindLeft",        L"BindRight",     L"BindTop",
-    L"Booklet",       L"JapaneseBooklet", L"EdgeStitchBottom", L"EdgeStitchLeft", L"EdgeStitchRight",
-    L"EdgeStitchTop", L"Fold",            L"JogOffset",       L"Trim",          L"None"};
+constexpr const wchar_t* kBindingNames[kBindingOptionCount] = {L"Bale",
+                                                               L"BindBottom",
+                                                               L"BindLeft",
+                                                               L"BindRight",
+                                                               L"BindTop",
+                                                               L"Booklet",
+                                                               L"JapaneseBooklet",
+                                                               L"EdgeStitchBottom",
+                                                               L"EdgeStitchLeft",
+                                                               L"EdgeStitchRight",
+                                                               L"EdgeStitchTop",
+                                                               L"Fold",
+                                                               L"JogOffset",
+                                                               L"Trim",
+                                                               L"None"};
 
 class VBookletPrintTicketHandler final : public VPrintTicketHandler {
 public:
@@ -45,7 +56,9 @@ private:
     }
 };
 
-bool IsValidEntry(const BookletSettings& entry) { return entry.featureIndex == 0 && entry.bindingOption < kBindingOptionCount; }
+bool IsValidEntry(const BookletSettings& entry) {
+    return entry.featureIndex == 0 && entry.bindingOption < kBindingOptionCount;
+}
 
 }  // namespace
 

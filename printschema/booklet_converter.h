@@ -5,7 +5,7 @@
 #include "printschema/feature_converter.h"
 
 struct BookletSettings {
-    DWORD featureIndex = 0;  // the only booklet feature
+    DWORD featureIndex = 0;    // the only booklet feature
     DWORD bindingOption = 14;  // index into the binding names; 14 is None
     DWORD gutter = 0;          // read from the ticket, not used further
 };

@@ -14,7 +14,7 @@ struct DevModeOption {
 
 namespace DevModeTable {
 inline constexpr DevModeOption Binding[] = {{"None", 14}, {"Booklet", 5}, {"JapaneseBooklet", 6}};
-inline constexpr DevModeOption PagesPerSheet[] = {{"1", 1}, {"2", 2},  {"4", 4},  {"6", 6},
+inline constexpr DevModeOption PagesPerSheet[] = {{"1", 1}, {"2", 2}, {"4", 4},  {"6", 6},
                                                   {"8", 8}, {"9", 9}, {"16", 16}};
 inline constexpr DevModeOption Direction[] = {{"RightBottom", 0}, {"BottomRight", 1}, {"LeftBottom", 2},
                                               {"BottomLeft", 3},  {"RightTop", 4},    {"TopRight", 5},

@@ -20,8 +20,8 @@ HRESULT ConverterExceptionToHResult() noexcept {
     }
 }
 
-HRESULT CheckConversionArguments(const void* devMode, const void* privateBlock, const void* ticket,
-                                 ULONG devModeSize, ULONG privateSize) noexcept {
+HRESULT CheckConversionArguments(const void* devMode, const void* privateBlock, const void* ticket, ULONG devModeSize,
+                                 ULONG privateSize) noexcept {
     if (devMode == nullptr || privateBlock == nullptr || ticket == nullptr) return E_POINTER;
     return CheckDevModeArguments(devMode, privateBlock, devModeSize, privateSize);
 }

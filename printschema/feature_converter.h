@@ -39,8 +39,8 @@ HRESULT GuardConverter(Body&& body) noexcept {
 // The checks that every conversion starts with, in this order: E_POINTER for a null DEVMODE,
 // private block or ticket, E_INVALIDARG for a DEVMODE smaller than the public part or an empty
 // private block. The DEVMODE steps check the same without the ticket.
-HRESULT CheckConversionArguments(const void* devMode, const void* privateBlock, const void* ticket,
-                                 ULONG devModeSize, ULONG privateSize) noexcept;
+HRESULT CheckConversionArguments(const void* devMode, const void* privateBlock, const void* ticket, ULONG devModeSize,
+                                 ULONG privateSize) noexcept;
 HRESULT CheckDevModeArguments(const void* devMode, const void* privateBlock, ULONG devModeSize,
                               ULONG privateSize) noexcept;
 

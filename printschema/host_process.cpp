@@ -16,8 +16,10 @@ BOOL WINAPI LookUpPrintExecutionData(PrintExecutionData* data) {
 }
 
 constexpr ProcessInspection kPlatform = {
-    ::GetModuleFileNameW, ::OpenProcess,          ::CloseHandle,    ::GetCurrentProcessId,
-    ::K32EnumProcessModules, ::K32GetModuleFileNameExW, ::GetCommandLineW, LookUpPrintExecutionData,
+    ::GetModuleFileNameW,    ::OpenProcess,
+    ::CloseHandle,           ::GetCurrentProcessId,
+    ::K32EnumProcessModules, ::K32GetModuleFileNameExW,
+    ::GetCommandLineW,       LookUpPrintExecutionData,
 };
 
 // Replaced only by tests, before the code under test runs.

@@ -67,7 +67,8 @@ private:
     HRESULT WriteDirection(IXMLDOMNode* nup, DWORD direction) {
         HRESULT hr = DeletePrefixedFeature(L"PresentationDirection", Private);
         zx::ComPtr<IXMLDOMElement> feature, option;
-        if (SUCCEEDED(hr)) hr = CreateFeatureOption(L"PresentationDirection", kDirectionNames[direction], &feature, &option);
+        if (SUCCEEDED(hr))
+            hr = CreateFeatureOption(L"PresentationDirection", kDirectionNames[direction], &feature, &option);
         if (SUCCEEDED(hr)) hr = AppendChild(nup, feature.Get());
         return hr;
     }
@@ -98,10 +99,10 @@ private:
             return;
         }
         zx::ComPtr<IXMLDOMElement> ranges, rangeOption, stage, stageOption;
-        if (SUCCEEDED(CreatePrefixedFeatureOption(L"DocumentPageRanges", range.c_str(), &ranges, &rangeOption,
-                                                  Private, Private)) &&
-            SUCCEEDED(CreatePrefixedFeatureOption(L"Stage", L"PrinterImpression", &stage, &stageOption, Private,
+        if (SUCCEEDED(CreatePrefixedFeatureOption(L"DocumentPageRanges", range.c_str(), &ranges, &rangeOption, Private,
                                                   Private)) &&
+            SUCCEEDED(
+                CreatePrefixedFeatureOption(L"Stage", L"PrinterImpression", &stage, &stageOption, Private, Private)) &&
             SUCCEEDED(AppendChild(ranges.Get(), stage.Get()))) {
             AppendToRoot(PrintSchema::Vocabulary::PrintTicket, ranges.Get());
         }

@@ -40,7 +40,7 @@ struct TrackedFeature {
     const wchar_t* feature;
     const wchar_t* previousFeature;
     DWORD changeFlag;
-    bool previousHasPrefix;  // compare the stored value after its "ns0000:"
+    bool previousHasPrefix;    // compare the stored value after its "ns0000:"
     bool storesWithoutPrefix;  // the new stored value drops a private prefix of the current one
 };
 
@@ -62,7 +62,8 @@ public:
         if (SameChoice(tracked, current.get(), previous.get())) return 0;
 
         context.AddUserChange(tracked.changeFlag);
-        if (SUCCEEDED(DeletePrefixedFeature(L"JobTouchByUser", Private))) AppendPrivateFeature(L"JobTouchByUser", L"On");
+        if (SUCCEEDED(DeletePrefixedFeature(L"JobTouchByUser", Private)))
+            AppendPrivateFeature(L"JobTouchByUser", L"On");
         if (SUCCEEDED(DeletePrefixedFeature(tracked.previousFeature, Private)) && ::SysStringLen(current.get()) > 0) {
             VStringBuffer stored;
             if (tracked.storesWithoutPrefix) {
@@ -86,7 +87,8 @@ private:
     static bool SameChoice(const TrackedFeature& tracked, const wchar_t* current, const wchar_t* previous) {
         if (!tracked.previousHasPrefix) return std::wcscmp(current, previous) == 0;
         // A stored value too short to hold the prefix counts as different.
-        return std::wcslen(previous) >= kPrivatePrefixLength && std::wcscmp(current, previous + kPrivatePrefixLength) == 0;
+        return std::wcslen(previous) >= kPrivatePrefixLength &&
+               std::wcscmp(current, previous + kPrivatePrefixLength) == 0;
     }
 
     // Two-sided printing by hand is on when the user asked for it, or when the printer has no
@@ -126,7 +128,8 @@ private:
         }
         for (const wchar_t* axis : {L"ResolutionX", L"ResolutionY"}) {
             zx::ComPtr<IXMLDOMElement> resolution;
-            if (SUCCEEDED(CreateIntegerScoredProperty(axis, 300, &resolution))) AppendChild(option.Get(), resolution.Get());
+            if (SUCCEEDED(CreateIntegerScoredProperty(axis, 300, &resolution)))
+                AppendChild(option.Get(), resolution.Get());
         }
     }
 

@@ -88,7 +88,8 @@ HRESULT VPrintSchemaHandler::BindPrefixes() {
         {Uri::SchemaInstance, &VPrintSchemaHandler::m_schemaInstancePrefix},
         {Uri::Schema, &VPrintSchemaHandler::m_schemaPrefix},
     };
-    for (const auto& lookup : kLookups) ZX_RETURN_IF_FAILED(GetNamespacePrefix(lookup.uri, (this->*lookup.prefix).put()));
+    for (const auto& lookup : kLookups)
+        ZX_RETURN_IF_FAILED(GetNamespacePrefix(lookup.uri, (this->*lookup.prefix).put()));
 
     m_privatePrefix = zx::MakeBstr(Prefix::Private);
     return BindDocumentFrameworkPrefix();
@@ -196,7 +197,8 @@ HRESULT VPrintSchemaHandler::CreateAttribute(IXMLDOMElement* element, const wcha
     zx::ComPtr<IXMLDOMNode> node;
     ZX_RETURN_IF_FAILED(m_document->createNode(*type, name.get(), uri.get(), &node));
     zx::ComPtr<IXMLDOMAttribute> attribute;
-    ZX_RETURN_IF_FAILED(node->QueryInterface(msxml6::IID_IXMLDOMAttribute, reinterpret_cast<void**>(attribute.GetAddressOf())));
+    ZX_RETURN_IF_FAILED(
+        node->QueryInterface(msxml6::IID_IXMLDOMAttribute, reinterpret_cast<void**>(attribute.GetAddressOf())));
     zx::unique_variant text;
     SetText(text, value);
     ZX_RETURN_IF_FAILED(attribute->put_value(*text));
@@ -290,7 +292,8 @@ HRESULT VPrintSchemaHandler::CreateNamedElement(const wchar_t* localName, const 
     const zx::unique_bstr qualifiedName = Join(FrameworkPrefix(), localName);
     zx::ComPtr<IXMLDOMElement> created;
     ZX_RETURN_IF_FAILED(CreateElement(qualifiedName.get(), Uri::Framework, &created));
-    if (nameAttribute != nullptr) ZX_RETURN_IF_FAILED(CreateAttribute(created.Get(), Vocabulary::Name, nullptr, nameAttribute));
+    if (nameAttribute != nullptr)
+        ZX_RETURN_IF_FAILED(CreateAttribute(created.Get(), Vocabulary::Name, nullptr, nameAttribute));
     *element = created.Detach();
     return S_OK;
 }

@@ -54,8 +54,8 @@ public:
 
     // Property named framework prefix + name.
     HRESULT CreateProperty(_In_z_ const wchar_t* name, _Outptr_ IXMLDOMElement** property);
-    HRESULT CreatePropertyWithValue(_In_z_ const wchar_t* name, _In_z_ const wchar_t* type,
-                                    _In_z_ const wchar_t* value, _Outptr_ IXMLDOMElement** property);
+    HRESULT CreatePropertyWithValue(_In_z_ const wchar_t* name, _In_z_ const wchar_t* type, _In_z_ const wchar_t* value,
+                                    _Outptr_ IXMLDOMElement** property);
     // Property named exactly qualifiedName.
     HRESULT CreateNamedPropertyWithValue(_In_z_ const wchar_t* qualifiedName, _In_z_ const wchar_t* type,
                                          _In_z_ const wchar_t* value, _Outptr_ IXMLDOMElement** property);

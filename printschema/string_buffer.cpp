@@ -84,6 +84,7 @@ void VStringBuffer::CopyTo(wchar_t* destination, size_t capacity) const {
 }
 
 zx::unique_bstr VStringBuffer::ToBstr() const {
-    if (m_text.length() > UINT_MAX / sizeof(wchar_t)) throw VUtilException(HRESULT_FROM_WIN32(ERROR_INSUFFICIENT_BUFFER));
+    if (m_text.length() > UINT_MAX / sizeof(wchar_t))
+        throw VUtilException(HRESULT_FROM_WIN32(ERROR_INSUFFICIENT_BUFFER));
     return zx::MakeBstr(m_text.c_str(), static_cast<UINT>(m_text.length()));
 }

@@ -49,7 +49,8 @@ HRESULT ParseInt32(const wchar_t* text, INT32* value) {
 
 }  // namespace
 
-VPrintTicketHandler::VPrintTicketHandler(IXMLDOMDocument2* ticket) : VPrintSchemaHandler(Vocabulary::PrintTicket, ticket) {}
+VPrintTicketHandler::VPrintTicketHandler(IXMLDOMDocument2* ticket)
+    : VPrintSchemaHandler(Vocabulary::PrintTicket, ticket) {}
 
 VPrintCapabilityHandler::VPrintCapabilityHandler(IXMLDOMDocument2* capabilities)
     : VPrintSchemaHandler(Vocabulary::PrintCapabilities, capabilities) {}
@@ -67,8 +68,8 @@ HRESULT VPrintTicketHandler::AppendToRoot(const wchar_t* rootName, IXMLDOMNode* 
 HRESULT VPrintTicketHandler::FindRootElement(const wchar_t* rootName, IXMLDOMNode** root) {
     zx::ComPtr<IXMLDOMElement> element;
     zx::unique_bstr uri, name;
-    if (Document()->get_documentElement(&element) != S_OK || !element ||
-        FAILED(element->get_namespaceURI(uri.put())) || FAILED(element->get_baseName(name.put())) || !uri || !name ||
+    if (Document()->get_documentElement(&element) != S_OK || !element || FAILED(element->get_namespaceURI(uri.put())) ||
+        FAILED(element->get_baseName(name.put())) || !uri || !name ||
         std::wcscmp(uri.get(), PrintSchema::Uri::Framework) != 0 || std::wcscmp(name.get(), rootName) != 0) {
         return HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
     }

@@ -83,14 +83,14 @@ STDMETHODIMP VPrintTicketProvider::BindPrinter(HANDLE hPrinter, INT version, POE
 STDMETHODIMP VPrintTicketProvider::PublishPrintTicketHelper(IUnknown* pHelper) {
     if (pHelper == nullptr) return E_POINTER;
     if (!m_helper) {
-        const HRESULT hr = pHelper->QueryInterface(IID_IPrintCoreHelperUni, reinterpret_cast<void**>(m_helper.GetAddressOf()));
+        const HRESULT hr =
+            pHelper->QueryInterface(IID_IPrintCoreHelperUni, reinterpret_cast<void**>(m_helper.GetAddressOf()));
         if (hr == E_NOINTERFACE) return S_OK;  // the converters work without a helper
         if (FAILED(hr)) return hr;
     }
     IPrintCoreHelperUni* helper = m_helper.Get();
-    return ForEachConverter(S_OK, [helper](IFeatureDMPTConvert& converter) {
-        return converter.PublishPrintTicketHelper(helper);
-    });
+    return ForEachConverter(
+        S_OK, [helper](IFeatureDMPTConvert& converter) { return converter.PublishPrintTicketHelper(helper); });
 }
 
 STDMETHODIMP VPrintTicketProvider::QueryDeviceDefaultNamespace(BSTR* pbstrNamespaceUri) {
@@ -102,9 +102,11 @@ STDMETHODIMP VPrintTicketProvider::QueryDeviceDefaultNamespace(BSTR* pbstrNamesp
 STDMETHODIMP VPrintTicketProvider::ConvertPrintTicketToDevMode(IXMLDOMDocument2* pPrintTicket, ULONG cbDevmode,
                                                                PDEVMODEW pDevmode, ULONG cbDrvPrivateSize,
                                                                PVOID pPrivateDevmode) {
-    const HRESULT checks = zx::CheckConversionArguments(pDevmode, pPrivateDevmode, pPrintTicket, cbDevmode, cbDrvPrivateSize);
+    const HRESULT checks =
+        zx::CheckConversionArguments(pDevmode, pPrivateDevmode, pPrintTicket, cbDevmode, cbDrvPrivateSize);
     return ForEachConverter(checks, [&](IFeatureDMPTConvert& converter) {
-        return converter.ConvertPrintTicketToDevMode(pPrintTicket, cbDevmode, pDevmode, cbDrvPrivateSize, pPrivateDevmode);
+        return converter.ConvertPrintTicketToDevMode(pPrintTicket, cbDevmode, pDevmode, cbDrvPrivateSize,
+                                                     pPrivateDevmode);
     });
 }
 
@@ -122,14 +124,16 @@ void VPrintTicketProvider::NotifyConverters() {
 STDMETHODIMP VPrintTicketProvider::ConvertDevModeToPrintTicket(ULONG cbDevmode, PDEVMODEW pDevmode,
                                                                ULONG cbDrvPrivateSize, PVOID pPrivateDevmode,
                                                                IXMLDOMDocument2* pPrintTicket) {
-    const HRESULT checks = zx::CheckConversionArguments(pDevmode, pPrivateDevmode, pPrintTicket, cbDevmode, cbDrvPrivateSize);
+    const HRESULT checks =
+        zx::CheckConversionArguments(pDevmode, pPrivateDevmode, pPrintTicket, cbDevmode, cbDrvPrivateSize);
     if (FAILED(checks)) return checks;
     const HRESULT notified = zx::GuardConverter([this] {
         NotifyConverters();
         return S_OK;
     });
     return ForEachConverter(notified, [&](IFeatureDMPTConvert& converter) {
-        return converter.ConvertDevModeToPrintTicket(cbDevmode, pDevmode, cbDrvPrivateSize, pPrivateDevmode, pPrintTicket);
+        return converter.ConvertDevModeToPrintTicket(cbDevmode, pDevmode, cbDrvPrivateSize, pPrivateDevmode,
+                                                     pPrintTicket);
     });
 }
 

@@ -14,16 +14,17 @@ HRESULT VTicketWriter::AppendPrivateFeature(const wchar_t* feature, const wchar_
 
 HRESULT VTicketWriter::ReplacePrivateFeature(const wchar_t* feature, const wchar_t* option) {
     zx::ComPtr<IXMLDOMElement> featureElement, optionElement;
-    ZX_RETURN_IF_FAILED(CreatePrefixedFeatureOption(feature, option, &featureElement, &optionElement, Private, Private));
+    ZX_RETURN_IF_FAILED(
+        CreatePrefixedFeatureOption(feature, option, &featureElement, &optionElement, Private, Private));
     return ReplaceFeatures(Private, feature, featureElement.Get());
 }
 
 HRESULT VTicketWriter::ReplaceStandardFeature(const wchar_t* feature, const wchar_t* option,
                                               const wchar_t* optionPrefix, IXMLDOMElement** newOption) {
     zx::ComPtr<IXMLDOMElement> featureElement, optionElement;
-    ZX_RETURN_IF_FAILED(optionPrefix
-                            ? CreateFeatureOptionPrefixed(feature, option, &featureElement, &optionElement, optionPrefix)
-                            : CreateFeatureOption(feature, option, &featureElement, &optionElement));
+    ZX_RETURN_IF_FAILED(
+        optionPrefix ? CreateFeatureOptionPrefixed(feature, option, &featureElement, &optionElement, optionPrefix)
+                     : CreateFeatureOption(feature, option, &featureElement, &optionElement));
     ZX_RETURN_IF_FAILED(ReplaceFeatures(KeywordsPrefix(), feature, featureElement.Get()));
     if (newOption) *newOption = optionElement.Detach();
     return S_OK;

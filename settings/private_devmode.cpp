@@ -70,8 +70,7 @@ HRESULT CopyPrivateDevMode(const VPrivateDevMode* in, VPrivateDevMode* out) noex
     return WritePrivateDevModeHeader(out);
 }
 
-void Recompute300DpiFlag(IPrintCoreHelper* coreHelper, const DEVMODEW* publicDevMode,
-                         VPrivateDevMode* block) noexcept {
+void Recompute300DpiFlag(IPrintCoreHelper* coreHelper, const DEVMODEW* publicDevMode, VPrivateDevMode* block) noexcept {
     if (coreHelper == nullptr || publicDevMode == nullptr) return;
     if (block != nullptr) block->dwForce300Dpi = 0;
 
@@ -101,9 +100,7 @@ HRESULT HandleDevMode(DWORD mode, POEMDMPARAM param, IPrintCoreHelper* coreHelpe
     auto* out = static_cast<VPrivateDevMode*>(param->pOEMDMOut);
     const auto* in = static_cast<const VPrivateDevMode*>(param->pOEMDMIn);
     switch (mode) {
-    case OEMDM_SIZE:
-        param->cbBufSize = kPrivateDevModeSize;
-        return S_OK;
+    case OEMDM_SIZE: param->cbBufSize = kPrivateDevModeSize; return S_OK;
 
     case OEMDM_DEFAULT: {
         if (out == nullptr) return E_POINTER;
@@ -128,8 +125,7 @@ HRESULT HandleDevMode(DWORD mode, POEMDMPARAM param, IPrintCoreHelper* coreHelpe
         return headerHr;
     }
 
-    default:
-        return S_OK;
+    default: return S_OK;
     }
 }
 

@@ -8,13 +8,13 @@
 #include <cstddef>
 
 struct VPrivateDevMode {
-    DWORD dwSize;               // standard private-DEVMODE header
+    DWORD dwSize;  // standard private-DEVMODE header
     DWORD dwSignature;
     DWORD dwVersion;
     DWORD dwReserved12;
     DWORD dwReserved16;
-    DWORD dwUserChanges;        // kUserChangedMediaType | kUserChangedQuality, set by PrintTicket reads
-    DWORD dwBorderless;         // BorderlessPrint index when the document sheet was opened
+    DWORD dwUserChanges;  // kUserChangedMediaType | kUserChangedQuality, set by PrintTicket reads
+    DWORD dwBorderless;   // BorderlessPrint index when the document sheet was opened
     DWORD dwReserved28;
     DWORD dwReserved32;
     DWORD dwReserved36;
@@ -68,7 +68,6 @@ HRESULT CopyPrivateDevMode(const VPrivateDevMode* in, VPrivateDevMode* out) noex
 
 // Sets dwForce300Dpi from the job: 1 for a PCL device printing in draft quality, or without a
 // quality option, on a medium whose fourth number is 2.
-void Recompute300DpiFlag(IPrintCoreHelper* coreHelper, const DEVMODEW* publicDevMode,
-                         VPrivateDevMode* block) noexcept;
+void Recompute300DpiFlag(IPrintCoreHelper* coreHelper, const DEVMODEW* publicDevMode, VPrivateDevMode* block) noexcept;
 
 }  // namespace zx

@@ -7,15 +7,15 @@
 #include <exception>
 #include <new>
 
-#define ZX_RETURN_IF_FAILED(expr)                  \
-    do {                                           \
-        const HRESULT zx_hr_ = (expr);             \
-        if (FAILED(zx_hr_)) return zx_hr_;         \
+#define ZX_RETURN_IF_FAILED(expr)          \
+    do {                                   \
+        const HRESULT zx_hr_ = (expr);     \
+        if (FAILED(zx_hr_)) return zx_hr_; \
     } while (0)
 
-#define ZX_RETURN_HR_IF(hr, condition)             \
-    do {                                           \
-        if (condition) return (hr);                \
+#define ZX_RETURN_HR_IF(hr, condition) \
+    do {                               \
+        if (condition) return (hr);    \
     } while (0)
 
 #define ZX_RETURN_HR_IF_NULL(hr, pointer) ZX_RETURN_HR_IF(hr, (pointer) == nullptr)
