@@ -157,7 +157,15 @@ TEST_F(ProviderTest, BookletBindingFollowsTheTicket) {
     EXPECT_EQ("JapaneseBooklet", Current("DocumentBinding"));
 }
 
-TEST_F(ProviderTest, NUpIsWrittenWithItsDirectionBordersAndBorderWidth) {
+TEST_F(ProviderTest, NUpContentIsWrittenOnlyForSeveralPagesPerSheet) {
+    auto single = BaseTicket();
+    const long directions = CountOf(Reparsed(single.Get()).Get(), L"//psf:Feature[@name='psk:PresentationDirection']");
+    ASSERT_EQ(S_OK, ToTicket(single.Get()));
+    auto plain = Reparsed(single.Get());
+    EXPECT_EQ(0, CountOf(plain.Get(), L"//psf:Feature[@name='ns0000:NUpBorders']"));
+    EXPECT_EQ(0, CountOf(plain.Get(), L"//psf:ParameterInit"));
+    EXPECT_EQ(directions, CountOf(plain.Get(), L"//psf:Feature[@name='psk:PresentationDirection']"));
+
     Set("DocumentNUp", "4");
     Set("PresentationDirection", "BottomLeft");
     Set("DrawBorders", "On");
@@ -171,16 +179,9 @@ TEST_F(ProviderTest, NUpIsWrittenWithItsDirectionBordersAndBorderWidth) {
               TextAt(written.Get(), nup + L"/psf:Feature[@name='ns0000:NUpBorders']/psf:Option/"
                                           L"psf:ScoredProperty[@name='ns0000:BorderWidth']/psf:ParameterRef/@name"));
     EXPECT_EQ(L"0", TextAt(written.Get(), L"/psf:PrintTicket/psf:ParameterInit[@name='ns0000:DocumentNUpPageBorderWidth']/psf:Value"));
-}
-
-TEST_F(ProviderTest, OnePagePerSheetWritesNoNUpContent) {
-    auto ticket = BaseTicket();
-    const long directions = CountOf(Reparsed(ticket.Get()).Get(), L"//psf:Feature[@name='psk:PresentationDirection']");
-    ASSERT_EQ(S_OK, ToTicket(ticket.Get()));
-    auto written = Reparsed(ticket.Get());
-    EXPECT_EQ(0, CountOf(written.Get(), L"//psf:Feature[@name='ns0000:NUpBorders']"));
-    EXPECT_EQ(0, CountOf(written.Get(), L"//psf:ParameterInit"));
-    EXPECT_EQ(directions, CountOf(written.Get(), L"//psf:Feature[@name='psk:PresentationDirection']"));
+    // Page ranges are printed at the printer's impression stage.
+    EXPECT_EQ(L"ns0000:PrinterImpression",
+              TextAt(written.Get(), L"//psf:Feature[@name='ns0000:DocumentPageRanges']/psf:Feature[@name='ns0000:Stage']/psf:Option/@name"));
 }
 
 TEST_F(ProviderTest, WritesTheJobsPrivateFeaturesFromTheDevMode) {
@@ -249,15 +250,6 @@ TEST_F(ProviderTest, UserChangesOfMediaAndQualityAreFlaggedAndRemembered) {
     auto shortMemory = ticketWith(L"ns0000:_2_0", L"ns0000:_2_0", L"psk:High", L"High");
     ASSERT_EQ(S_OK, ToDevMode(shortMemory.Get()));
     EXPECT_EQ(0x10u, Block().dwUserChanges);  // too short to hold the prefix: a change
-}
-
-TEST_F(ProviderTest, APageRangeIsPrintedAtThePrintersImpressionStage) {
-    Set("DocumentNUp", "2");
-    auto ticket = BaseTicket();
-    ASSERT_EQ(S_OK, ToTicket(ticket.Get()));
-    auto written = Reparsed(ticket.Get());
-    EXPECT_EQ(L"ns0000:PrinterImpression",
-              TextAt(written.Get(), L"//psf:Feature[@name='ns0000:DocumentPageRanges']/psf:Feature[@name='ns0000:Stage']/psf:Option/@name"));
 }
 
 // The device-data converter on its own, with a fixed accessory record.
