@@ -1,31 +1,41 @@
-// Test beds of the settings model: a document sheet of the simulated core driver, and a platform
-// table whose spooler knows one printer and which records library loads and message boxes.
+// Test beds of the settings model: the sample printer and a document sheet of the simulated core driver.
 #pragma once
 
-#include "core/resource_libraries.h"
 #include "drvhost/core_driver.h"
-#include "drvhost/option_items.h"
+#include "drvhost/printer_install.h"
 #include "settings/ui_properties.h"
 
-#include <string>
 #include <string_view>
-#include <vector>
 
 namespace zxtest {
 
-drvhost::PrinterDescription Describe(std::string_view gpdText);
-drvhost::PrinterDescription SamplePrinter();  // as the build copies it beside the tests
+inline drvhost::PrinterDescription SamplePrinter() {  // as the build copies it beside the tests
+    return drvhost::LoadPrinterDescription(drvhost::ProgramDirectory() + drvhost::kDescriptionFile);
+}
 
-// The simulated core driver's document sheet: its items in a parameter block, and a settings
-// object holding its helper objects and the block.
+// A document sheet for a printer description or its text: the sheet's items in a parameter block,
+// and a settings object holding the core driver's helper objects and the block.
 class SheetBed {
 public:
-    explicit SheetBed(drvhost::PrinterDescription description);
+    explicit SheetBed(drvhost::PrinterDescription description)
+        : core(std::move(description)), items(core.Description(), drvhost::FeatureSheet::Document, [this](size_t f) {
+              return core.CurrentSelection(f);
+          }) {
+        core.ShowSheet(&uiObject, &items, drvhost::FeatureSheet::Document);
+        params.cbSize = sizeof(params);
+        params.poemuiobj = &uiObject;
+        params.pDrvOptItems = items.Items();
+        params.cDrvOptItems = items.Count();
+        properties.SetInterfaces(core.DriverUi(), core.CoreHelper());
+        properties.AttachSheet(&params);
+    }
+    explicit SheetBed(std::string_view gpdText) : SheetBed(drvhost::ParsePrinterDescription(gpdText, "test.gpd")) {}
     ~SheetBed() { core.CloseSheet(); }
 
     POPTITEM Item(std::string_view feature) { return items.Find(feature); }
-    DWORD Selection(std::string_view feature) const;  // the core driver's own
-    std::vector<std::string> HiddenItems();
+    DWORD Selection(std::string_view feature) const {  // the core driver's own
+        return core.CurrentSelection(core.Description().FindFeature(feature).value());
+    }
 
     drvhost::CoreDriver core;
     drvhost::OptionItems items;
@@ -33,49 +43,5 @@ public:
     OEMCUIPPARAM params{};
     VUIProperties properties;
 };
-
-// The state of the fake platform; Reset gives the table.
-struct FakePlatform {
-    static inline std::wstring driverPath;
-    static inline bool openFails = false, driverQueryFails = false;
-    static inline int opened = 0, closed = 0;
-    static inline std::vector<HANDLE> queriedPrinters;
-    // Loads go to the system unless `madeUpModules`; a path ending with `missing` fails.
-    static inline bool madeUpModules = false;
-    static inline std::wstring missing;
-    static inline std::vector<std::wstring> loaded;
-    static inline std::vector<HMODULE> freed;
-    static inline LANGID language = 0x0409;
-    static inline std::wstring messageText, messageCaption;
-    static inline UINT messageType = 0;
-
-    static HANDLE Printer() { return reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(0x5150)); }
-    static HMODULE MadeUpModule(size_t load) {
-        return reinterpret_cast<HMODULE>(static_cast<ULONG_PTR>(0x10000 * load));
-    }
-    static zx::ResourcePlatform Reset(std::wstring driverFile, bool madeUp);
-};
-
-class ScopedResourcePlatform {
-public:
-    explicit ScopedResourcePlatform(const zx::ResourcePlatform& platform)
-        : m_previous(zx::ReplaceResourcePlatform(platform)) {}
-    ~ScopedResourcePlatform() { zx::ReplaceResourcePlatform(m_previous); }
-
-private:
-    zx::ResourcePlatform m_previous;
-};
-
-// The string libraries built beside the tests, loaded through the plug-in's own code for a scope.
-class BuiltStringLibraries {
-public:
-    BuiltStringLibraries();
-    ~BuiltStringLibraries() { zx::FreeResourceLibraries(); }
-
-private:
-    ScopedResourcePlatform m_platform;
-};
-
-std::wstring LoadedText(HMODULE library, UINT id);
 
 }  // namespace zxtest

@@ -10,6 +10,7 @@
 #include <cwchar>
 #include <string>
 #include <string_view>
+#include <tuple>
 
 using namespace zxtest;
 
@@ -17,79 +18,65 @@ namespace {
 
 constexpr INT32 U = 0x5A5A5A5A;       // a field the parser left alone
 using Fields = std::array<INT32, 5>;  // input bin, first and second media number, quality, borderless
+using Guard = std::array<char, 16>;
+constexpr Guard kGuard = {"guard.bytes...."};
 
 // The parser's outputs, pre-filled with sentinels, between guard bytes.
 struct GuardedOutput {
-    std::array<unsigned char, 16> before = Guard();
+    Guard before = kGuard;
     zx::SnappingRecord record = {U, U, U, U, {U, U, U, U, U, U}, U};
     zx::MediaTypeName name = L"untouched";
-    std::array<unsigned char, 16> after = Guard();
+    Guard after = kGuard;
 
-    static std::array<unsigned char, 16> Guard() {
-        return {0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5};
-    }
-    bool GuardsIntact() const { return before == Guard() && after == Guard(); }
+    bool GuardsIntact() const { return before == kGuard && after == kGuard; }
     Fields Read() const {
         return {record.inputBin, record.mediaFirst, record.mediaSecond, record.quality, record.borderless};
     }
 };
 
 // Text at the very end of a readable page: reading one byte further faults.
-class TextAtPageEnd {
-public:
-    explicit TextAtPageEnd(std::string_view text)
-        : m_pages(static_cast<char*>(::VirtualAlloc(nullptr, 2 * kPage, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE))) {
+struct TextAtPageEnd {
+    explicit TextAtPageEnd(std::string_view text) {
         DWORD old = 0;
-        ::VirtualProtect(m_pages + kPage, kPage, PAGE_NOACCESS, &old);
-        std::memcpy(m_pages + kPage - text.size(), text.data(), text.size());
-        m_text = m_pages + kPage - text.size();
+        ::VirtualProtect(pages + 4096, 4096, PAGE_NOACCESS, &old);
+        get = static_cast<PCSTR>(std::memcpy(pages + 4096 - text.size(), text.data(), text.size()));
     }
-    ~TextAtPageEnd() { ::VirtualFree(m_pages, 0, MEM_RELEASE); }
-    PCSTR Get() const { return m_text; }
+    ~TextAtPageEnd() { ::VirtualFree(pages, 0, MEM_RELEASE); }
 
-private:
-    static constexpr size_t kPage = 4096;
-    char* m_pages;
-    PCSTR m_text;
+    char* const pages = static_cast<char*>(::VirtualAlloc(nullptr, 8192, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+    PCSTR get;
 };
 
 }  // namespace
 
 TEST(SnappingRuleParser, ReadsEachFieldAndStopsAtTheFirstMissingSeparator) {
-    const struct {
-        const char* rule;
-        Fields fields;
-        const wchar_t* name;
-    } cases[] = {
-        {"A4:1.2:4:1:IDS_MTYPE_PLAIN_PAPER:0", {4, 1, 2, 1, 0}, L"_1_2"},
-        {"BORDERLESS_A4:3.5.7:2:2:IDS_MTYPE_PLAIN_PAPER:1", {2, 3, 5, 2, 1}, L"_3_5_7"},
+    const std::tuple<const char*, Fields, const wchar_t*> cases[] = {
         {"A4:1.2:4", {4, 1, 2, U, U}, L"_1_2"},  // ends after F2
-        {"A4:1.2:", {0, 1, 2, U, U}, L"_1_2"},
-        {"A4:7:x:y", {0, 7, U, 0, U}, L"_7"},  // not numbers: 0
+        {"A4:7:x:y", {0, 7, U, 0, U}, L"_7"},    // not numbers: 0
         {"A4:1.2:3:4:NAME", {3, 1, 2, 4, U}, L"_1_2"},
         {"A4:1.2:3:4:NAME:", {3, 1, 2, 4, 0}, L"_1_2"},
         {"A4:-3..9:3:99999999999:N:2", {3, -3, 0, 0, 2}, L"_-3__9"},  // too large for 32 bits: 0
         {"A4:1.2", {U, U, U, U, U}, L"untouched"},                    // F1 never closed: nothing
-        {"A4", {U, U, U, U, U}, L"untouched"},
         {"", {U, U, U, U, U}, L"untouched"},
         {nullptr, {U, U, U, U, U}, L"untouched"},
     };
-    for (const auto& c : cases) {
+    for (const auto& [rule, fields, name] : cases) {
+        SCOPED_TRACE(rule ? rule : "null");
         GuardedOutput out;
-        zx::ParseSnappingRule(c.rule, out.record, out.name);
-        EXPECT_EQ(c.fields, out.Read()) << (c.rule ? c.rule : "null");
-        EXPECT_STREQ(c.name, out.name) << (c.rule ? c.rule : "null");
+        zx::ParseSnappingRule(rule, out.record, out.name);
+        EXPECT_EQ(fields, out.Read());
+        EXPECT_STREQ(name, out.name);
         EXPECT_TRUE(out.GuardsIntact());
         EXPECT_EQ(U, out.record.unused[0]);
     }
 }
 
 TEST(SnappingRuleParser, ReadsAtMost259CharactersAndNeverWritesPastTheMediaName) {
-    // The 259th character is the ":" before F4, so F5 lies beyond what is read.
-    const std::string longKey = std::string(250, 'K') + ":1.2:3:4:X:1";
-    GuardedOutput cut;
-    zx::ParseSnappingRule(longKey.c_str(), cut.record, cut.name);
-    EXPECT_EQ((Fields{3, 1, 2, 4, U}), cut.Read());
+    // An unterminated rule whose 259th character is F5: read up to there and not a byte further.
+    const TextAtPageEnd unterminated(std::string(247, 'K') + ":1.2:3:4:N:7");
+    GuardedOutput bounded;
+    zx::ParseSnappingRule(unterminated.get, bounded.record, bounded.name);
+    EXPECT_EQ((Fields{3, 1, 2, 4, 7}), bounded.Read());
 
     // The longest media code that fits gives the longest suffix: 258 characters.
     for (char filler : {'9', '.'}) {
@@ -99,78 +86,52 @@ TEST(SnappingRuleParser, ReadsAtMost259CharactersAndNeverWritesPastTheMediaName)
         EXPECT_EQ(258u, std::wcslen(out.name)) << filler;
         EXPECT_TRUE(out.GuardsIntact()) << filler;
     }
-
-    // A media code that runs past the limit is never closed and fills nothing.
-    GuardedOutput open;
-    zx::ParseSnappingRule((":" + std::string(300, '1') + ":2").c_str(), open.record, open.name);
-    EXPECT_EQ((Fields{U, U, U, U, U}), open.Read());
-
-    // A rule without a terminator is read no further than 259 characters.
-    const TextAtPageEnd unterminated("A4:1.2:3:4:NAME:1" + std::string(259 - 17, 'z'));
-    GuardedOutput bounded;
-    zx::ParseSnappingRule(unterminated.Get(), bounded.record, bounded.name);
-    EXPECT_EQ((Fields{3, 1, 2, 4, 1}), bounded.Read());
 }
 
-class SnapForTicketTest : public testing::Test {
-protected:
-    SnapForTicketTest() {
-        helper.SetOption("SnappingData", "rules");
-        helper.SetOption("MediaType", "1.0.0_1_600x600");
-        helper.SetOption("BorderlessPrint", "None");
-        helper.SetOption("InputBin", "7");
-        helper.SetOption("PaperSize", "A4");
-        helper.SetOptionList("SnappingData",
-                             {"LETTER:9.9:9:9:IDS_MTYPE_PLAIN_PAPER:9", "A4:1.2:4:1:IDS_MTYPE_PLAIN_PAPER:0",
-                              "BORDERLESS_A4:3.5.7:2:2:IDS_MTYPE_PLAIN_PAPER:1", "A4:8.8:8:8:IDS_MTYPE_PLAIN_PAPER:8"});
-    }
-    LONG Snap() { return zx::SnapForTicket(&helper, &devMode, 1234, &out.record, out.name); }
-
+// The first rule keyed by the paper wins, by "BORDERLESS_" and the paper for borderless overspray.
+// SnappingData, MediaType and InputBin must be readable; BorderlessPrint and a paper need not be.
+TEST(SnapForTicket, PicksTheRuleForThePaperOrLeavesTheOutputsAlone) {
     FakeCoreHelper helper;
+    for (const char* feature : {"SnappingData", "MediaType", "InputBin"}) helper.SetOption(feature, "1");
+    helper.SetOption("PaperSize", "A4");
+    helper.SetOptionList("SnappingData",
+                         {"LETTER:9.9:9:9:IDS_MTYPE_PLAIN_PAPER:9", "A4:1.2:4:1:IDS_MTYPE_PLAIN_PAPER:0",
+                          "BORDERLESS_A4:3.5.7:2:2:IDS_MTYPE_PLAIN_PAPER:1", "A4:8.8:8:8:IDS_MTYPE_PLAIN_PAPER:8"});
     DEVMODEW devMode{};
     GuardedOutput out;
-};
-
-TEST_F(SnapForTicketTest, BorderlessOversprayPicksTheBorderlessRuleAndTheFirstMatchWins) {
-    helper.SetOption("BorderlessPrint", "BorderlessOverspray");
-    EXPECT_EQ(0, Snap());
-    EXPECT_EQ((Fields{2, 3, 5, 2, 1}), out.Read());
-    EXPECT_STREQ(L"_3_5_7", out.name);
-    const std::vector<std::string> asked = {"SnappingData", "MediaType", "BorderlessPrint", "InputBin", "PaperSize"};
-    EXPECT_EQ(asked, helper.askedFeatures);
-    EXPECT_EQ(std::vector<DWORD>(5, 1234), helper.askedDevModeSizes);
-
-    for (const char* otherBorderless : {"None", "Borderless"}) {
-        helper.SetOption("BorderlessPrint", otherBorderless);
-        GuardedOutput plain;
-        EXPECT_EQ(0, zx::SnapForTicket(&helper, &devMode, 1234, &plain.record, plain.name));
-        EXPECT_EQ((Fields{4, 1, 2, 1, 0}), plain.Read()) << otherBorderless;  // not the later A4 rule
-        EXPECT_STREQ(L"_1_2", plain.name);
+    const auto snap = [&](FakeCoreHelper& with) {
+        return zx::SnapForTicket(&with, &devMode, 1234, &out.record, out.name);
+    };
+    for (const char* borderless : {"BorderlessOverspray", "None", "Borderless"}) {
+        SCOPED_TRACE(borderless);
+        helper.SetOption("BorderlessPrint", borderless);
+        const bool overspray = std::string_view(borderless) == "BorderlessOverspray";
+        EXPECT_EQ(0, snap(helper));
+        EXPECT_EQ((overspray ? Fields{2, 3, 5, 2, 1} : Fields{4, 1, 2, 1, 0}), out.Read());  // never the later A4 rule
+        EXPECT_STREQ(overspray ? L"_3_5_7" : L"_1_2", out.name);
     }
-}
+    EXPECT_EQ(std::vector<DWORD>(helper.askedDevModeSizes.size(), 1234), helper.askedDevModeSizes);
 
-TEST_F(SnapForTicketTest, NoRuleOrUnreadableSettingsLeaveTheOutputsAlone) {
+    out = GuardedOutput();  // from here on nothing is written
     helper.SetOption("PaperSize", "A5");
-    EXPECT_EQ(zx::kNoSnappingRule, Snap());
+    EXPECT_EQ(zx::kNoSnappingRule, snap(helper));
     helper.SetOption("PaperSize", "A4");
     helper.SetOptionList("SnappingData", {"A4", "B5:1:1:1:X:1"});  // a keyword without ":" is not a rule
-    EXPECT_EQ(zx::kNoSnappingRule, Snap());
+    EXPECT_EQ(zx::kNoSnappingRule, snap(helper));
     helper.SetOptionList("SnappingData", {});
-    EXPECT_EQ(zx::kNoSnappingRule, Snap());
+    EXPECT_EQ(zx::kNoSnappingRule, snap(helper));
+    helper.behaviour = FakeCoreHelper::Behaviour::NullOptions;
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_NOT_FOUND), snap(helper));
 
-    // SnappingData, MediaType and InputBin must be readable; BorderlessPrint need not be.
     FakeCoreHelper partial;
-    partial.SetOption("PaperSize", "A4");
     partial.SetOptionList("SnappingData", {"A4:1.2:4:1:X:0"});
-    const auto snap = [&] { return zx::SnapForTicket(&partial, &devMode, 1234, &out.record, out.name); };
     for (const char* feature : {"SnappingData", "MediaType", "InputBin"}) {
-        EXPECT_EQ(E_INVALIDARG, snap()) << feature;
+        EXPECT_EQ(E_INVALIDARG, snap(partial)) << feature;
         partial.SetOption(feature, "1");
     }
-    partial.behaviour = FakeCoreHelper::Behaviour::NullOptions;
-    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_NOT_FOUND), snap());
+    EXPECT_EQ(zx::kNoSnappingRule, snap(partial));
     EXPECT_EQ((Fields{U, U, U, U, U}), out.Read());
     EXPECT_STREQ(L"untouched", out.name);
-    partial.behaviour = FakeCoreHelper::Behaviour::Answer;
-    EXPECT_EQ(0, snap());
+    partial.SetOption("PaperSize", "A4");
+    EXPECT_EQ(0, snap(partial));
 }
