@@ -67,18 +67,12 @@ TEST(GetInfo, AnswersSignatureVersionAndRequestedHelpers) {
         EXPECT_EQ(expected, value) << "mode " << mode;
         EXPECT_EQ(4u, needed);
     }
-}
-
-TEST(GetInfo, ReportsTheSizeNeededForASmallBuffer) {
-    ComPtr<IPrintOemUI> ui = CreateUiObject();
+    // A small or missing buffer learns the size it needs and is left alone.
     BYTE buffer[4] = {0xAA, 0xAA, 0xAA, 0xAA};
     DWORD needed = kSentinel;
     SetLastError(0);
     EXPECT_EQ(HRESULT(0x8007007A), ui->GetInfo(OEMGI_GETSIGNATURE, buffer, 3, &needed));
-    EXPECT_EQ(122u, GetLastError());
-    EXPECT_EQ(4u, needed);
-    EXPECT_EQ(0xAA, buffer[0]);
-
+    EXPECT_EQ(std::tuple(122ul, 4ul, BYTE{0xAA}), std::tuple(GetLastError(), needed, buffer[0]));
     needed = kSentinel;
     EXPECT_EQ(HRESULT(0x8007007A), ui->GetInfo(OEMGI_GETVERSION, nullptr, 4, &needed));
     EXPECT_EQ(4u, needed);
@@ -222,19 +216,15 @@ TEST_F(Force300DpiTest, DraftOnAPclDeviceAsksFor300Dpi) {
     EXPECT_EQ(0u, FlagAfter(OEMDM_CONVERT));
 }
 
-TEST_F(Force300DpiTest, WithoutAQualityOptionTheMediumDecides) {
+TEST_F(Force300DpiTest, WithoutAQualityOptionTheMediumDecidesAndAFailingHelperLeavesItOff) {
     Publish();
     helper.SetOption("DeviceLanguage", "PCL");
+    const std::pair<const char*, DWORD> media[] = {{"1.2.a_2_3x4", 1}, {"1.2.a_3_3x4", 0}, {"garbage", 0}};
+    for (const auto& [medium, flag] : media) {
+        helper.SetOption("MediaType", medium);
+        EXPECT_EQ(flag, FlagAfter(OEMDM_MERGE)) << medium;
+    }
     helper.SetOption("MediaType", "1.2.a_2_3x4");
-    EXPECT_EQ(1u, FlagAfter(OEMDM_MERGE));
-    helper.SetOption("MediaType", "1.2.a_3_3x4");
-    EXPECT_EQ(0u, FlagAfter(OEMDM_MERGE));
-    helper.SetOption("MediaType", "garbage");
-    EXPECT_EQ(0u, FlagAfter(OEMDM_MERGE));
-}
-
-TEST_F(Force300DpiTest, AFailingOrSilentHelperLeavesTheFlagOffAndTheResultAlone) {
-    Publish();
     helper.behaviour = FakeCoreHelper::Behaviour::FailEveryCall;
     EXPECT_EQ(0u, FlagAfter(OEMDM_CONVERT));
     helper.behaviour = FakeCoreHelper::Behaviour::NullOptions;

@@ -33,25 +33,25 @@ protected:
 TEST_F(UiObjectTest, PublishDriverInterfaceTakesEachHelperOnceAndNeverReplacesIt) {
     EXPECT_EQ(S_OK, Publish(helper));
     EXPECT_EQ(4u, helper.RefCount());  // the caller's, plus driver UI, core helper, Unidrv helper
-
     FakeCoreHelper later;
     EXPECT_EQ(E_FAIL, Publish(later));
     EXPECT_EQ(1u, later.RefCount());
-
     ui.Reset();
     EXPECT_EQ(1u, helper.RefCount());
-}
 
-TEST_F(UiObjectTest, PublishDriverInterfaceReportsAMissingUnidrvHelper) {
-    helper.offersCoreHelperUni = false;
-    EXPECT_EQ(E_NOINTERFACE, Publish(helper));
-    EXPECT_EQ(3u, helper.RefCount());  // the other two were still taken
-
+    // A missing Unidrv helper is reported, the other two are still taken.
+    ui = CreateUiObject();
+    FakeCoreHelper noUni;
+    noUni.offersCoreHelperUni = false;
+    EXPECT_EQ(E_NOINTERFACE, Publish(noUni));
+    EXPECT_EQ(3u, noUni.RefCount());
     FakeCoreHelper uniOnly;
     uniOnly.offersDriverUI = uniOnly.offersCoreHelper = false;
     EXPECT_EQ(S_OK, Publish(uniOnly));
     EXPECT_EQ(2u, uniOnly.RefCount());
     EXPECT_EQ(E_POINTER, ui->PublishDriverInterface(nullptr));
+    ui.Reset();  // before the local helpers go away
+    EXPECT_EQ(std::pair(1ul, 1ul), std::pair(noUni.RefCount(), uniOnly.RefCount()));
 }
 
 TEST_F(UiObjectTest, ColourProfileFollowsTheColourManagementOption) {
@@ -97,21 +97,14 @@ TEST_F(UiObjectTest, ColourProfileRefusesSmallBuffersAndUnknownChoices) {
     EXPECT_EQ(E_NOTIMPL, QueryProfile(QCP_DEVICEPROFILE, buffer, &size, &flags));
 }
 
-TEST_F(UiObjectTest, AnswersWithHResultsWhatEverTheHelperDoes) {
+TEST_F(UiObjectTest, ColourProfileIsNotOfferedWithoutAnAnsweringHelper) {
     wchar_t buffer[64];
     ULONG size = sizeof(buffer);
     FLONG flags = 0;
     EXPECT_EQ(E_NOTIMPL, QueryProfile(QCP_DEVICEPROFILE, buffer, &size, &flags));  // no helper yet
-
     ASSERT_EQ(S_OK, Publish(helper));
     for (auto behaviour : {FakeCoreHelper::Behaviour::FailEveryCall, FakeCoreHelper::Behaviour::NullOptions}) {
         helper.behaviour = behaviour;
         EXPECT_EQ(E_NOTIMPL, QueryProfile(QCP_DEVICEPROFILE, buffer, &size, &flags));
-        DWORD signature = 0, needed = 0;
-        EXPECT_EQ(S_OK, ui->GetInfo(OEMGI_GETSIGNATURE, &signature, sizeof(signature), &needed));
-        BYTE in[64] = {}, out[64] = {};
-        OEMDMPARAM param{sizeof(param), nullptr, nullptr, nullptr, &devMode, &devMode, in, out, 0};
-        EXPECT_EQ(S_OK, ui->DevMode(OEMDM_DEFAULT, &param));
-        EXPECT_EQ(S_OK, ui->DevMode(OEMDM_MERGE, &param));
     }
 }

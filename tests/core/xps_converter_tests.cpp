@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 using namespace zxtest;
 
 namespace {
@@ -28,24 +30,19 @@ protected:
     VPrivateDevMode block{};
 };
 
-void ExpectRect(const RECTL& expected, const RECTL& actual) {
-    EXPECT_EQ(expected.left, actual.left);
-    EXPECT_EQ(expected.top, actual.top);
-    EXPECT_EQ(expected.right, actual.right);
-    EXPECT_EQ(expected.bottom, actual.bottom);
-}
+// An A4 page in hundredths of a millimetre, and the area its printer can print on.
+constexpr RECTL kWholePaper{0, 0, 210000, 297000}, kPrintable{3000, 3000, 207000, 290000};
+
+std::array<LONG, 4> Edges(const RECTL& area) { return {area.left, area.top, area.right, area.bottom}; }
 
 }  // namespace
 
-TEST_F(XpsConverterTest, SimplexPagesKeepTheirImageableArea) {
-    ExpectRect({3000, 3000, 207000, 290000}, Adjusted({3000, 3000, 207000, 290000}));
-}
-
 TEST_F(XpsConverterTest, TwoSidedPagesGetATopMarginAsLargeAsTheBottomOne) {
+    EXPECT_EQ(Edges(kPrintable), Edges(Adjusted(kPrintable)));  // one-sided
     for (short duplex : {short{DMDUP_VERTICAL}, short{DMDUP_HORIZONTAL}}) {
         devMode.dmDuplex = duplex;
-        ExpectRect({3000, 7000, 207000, 290000}, Adjusted({3000, 3000, 207000, 290000}));
-        ExpectRect({3000, 8000, 207000, 290000}, Adjusted({3000, 8000, 207000, 290000}));
+        EXPECT_EQ(Edges({3000, 7000, 207000, 290000}), Edges(Adjusted(kPrintable)));
+        EXPECT_EQ(Edges({3000, 8000, 207000, 290000}), Edges(Adjusted({3000, 8000, 207000, 290000})));
     }
     // A hostile rectangle cannot overflow the margin arithmetic.
     devMode.dmDuplex = DMDUP_VERTICAL;
@@ -54,12 +51,12 @@ TEST_F(XpsConverterTest, TwoSidedPagesGetATopMarginAsLargeAsTheBottomOne) {
 
 TEST_F(XpsConverterTest, BorderlessPagesPrintToThePaperEdges) {
     block.dwBorderless = 1;
-    ExpectRect({0, 0, 210000, 297000}, Adjusted({3000, 3000, 207000, 290000}));
+    EXPECT_EQ(Edges(kWholePaper), Edges(Adjusted(kPrintable)));
     devMode.dmDuplex = DMDUP_VERTICAL;
-    ExpectRect({0, 0, 210000, 297000}, Adjusted({3000, 3000, 207000, 290000}));
+    EXPECT_EQ(Edges(kWholePaper), Edges(Adjusted(kPrintable)));
     // A private block too short to hold the borderless field counts as missing.
     devMode.dmDuplex = DMDUP_SIMPLEX;
-    ExpectRect({3000, 3000, 207000, 290000}, Adjusted({3000, 3000, 207000, 290000}, sizeof(DEVMODEW), 24));
+    EXPECT_EQ(Edges(kPrintable), Edges(Adjusted(kPrintable, sizeof(DEVMODEW), 24)));
 }
 
 TEST_F(XpsConverterTest, CompressionFollowsThePrintQuality) {
@@ -87,9 +84,9 @@ TEST_F(XpsConverterTest, ResolutionIsForcedOnlyWhenThePrivateBlockAsks) {
 TEST_F(XpsConverterTest, MissingOrShortInputsChangeNothingAndStillSucceed) {
     RECTL area{1, 2, 3, 4};
     EXPECT_EQ(S_OK, converter->AdjustImageableArea(nullptr, sizeof(devMode), nullptr, 0, nullptr, &area));
-    ExpectRect({1, 2, 3, 4}, area);
+    EXPECT_EQ(Edges({1, 2, 3, 4}), Edges(area));
     devMode.dmDuplex = DMDUP_VERTICAL;
-    ExpectRect({3000, 3000, 207000, 290000}, Adjusted({3000, 3000, 207000, 290000}, 64));
+    EXPECT_EQ(Edges(kPrintable), Edges(Adjusted(kPrintable, 64)));
     EXPECT_EQ(S_OK, converter->AdjustImageableArea(nullptr, sizeof(devMode), &devMode, 0, nullptr, nullptr));
     EXPECT_EQ(S_OK, converter->AdjustImageCompression(nullptr, 0, nullptr, 0, nullptr, nullptr));
     EXPECT_EQ(S_OK, converter->AdjustDPI(nullptr, 0, nullptr, sizeof(block), &block, nullptr));

