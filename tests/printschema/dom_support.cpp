@@ -1,6 +1,6 @@
 #include "tests/printschema/dom_support.h"
 
-#include "printschema/msxml_ids.h"
+#include "drvhost/xml_document.h"
 
 #include <gtest/gtest.h>
 
@@ -34,14 +34,7 @@ std::wstring Read(IXMLDOMNode* node, HRESULT (STDMETHODCALLTYPE IXMLDOMNode::*ge
 
 }  // namespace
 
-zx::ComPtr<IXMLDOMDocument2> LoadDocument(const std::wstring& xml) {
-    zx::ComPtr<IXMLDOMDocument2> document;
-    EXPECT_EQ(S_OK, ::CoCreateInstance(msxml6::CLSID_DOMDocument60, nullptr, CLSCTX_INPROC_SERVER,
-                                       msxml6::IID_IXMLDOMDocument2, reinterpret_cast<void**>(document.GetAddressOf())));
-    VARIANT_BOOL loaded = VARIANT_FALSE;
-    EXPECT_EQ(S_OK, document->loadXML(zx::MakeBstr(xml.c_str()).get(), &loaded));
-    return document;
-}
+zx::ComPtr<IXMLDOMDocument2> LoadDocument(const std::wstring& xml) { return drvhost::ParseXml(xml); }
 
 zx::ComPtr<IXMLDOMDocument2> Reparsed(IXMLDOMDocument2* document) {
     zx::ComPtr<IXMLDOMDocument2> copy = LoadDocument(XmlOf(document));
