@@ -2,6 +2,7 @@
 // composition, the size limit, the queue, the header, function traces and the translation of
 // processor faults.
 #include "diagnostics/file_version_info.h"
+#include "drvhost/printer_install.h"
 #include "diagnostics/log_function.h"
 #include "diagnostics/log_module.h"
 #include "diagnostics/win32_exception.h"
@@ -18,13 +19,6 @@ namespace {
 
 constexpr wchar_t kRoot[] = L"Software\\ZX\\NG\\Logging";
 constexpr wchar_t kModule[] = L"DiagModule";
-
-std::wstring ProgramDirectory() {
-    wchar_t path[MAX_PATH];
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    std::wstring directory = path;
-    return directory.substr(0, directory.find_last_of(L'\\') + 1);
-}
 
 class LoggingTest : public testing::Test {
 protected:
@@ -228,10 +222,10 @@ TEST_F(LoggingTest, ABadTextPointerDropsTheLineAndKeepsTheLastError) {
 }
 
 TEST(FileVersionInfo, ValuesComeFromTheLastTranslationThatHasThem) {
-    const NGUtils::CFileVersionInfo plugin((ProgramDirectory() + L"zxtaluUI14.dll").c_str());
+    const NGUtils::CFileVersionInfo plugin((drvhost::ProgramDirectory() + L"zxtaluUI14.dll").c_str());
     EXPECT_STREQ(L"14.0.0.0", plugin.FileVersion());
     EXPECT_NE(nullptr, plugin.Fixed());
-    const NGUtils::CFileVersionInfo two((ProgramDirectory() + L"zx_two_translations.exe").c_str());
+    const NGUtils::CFileVersionInfo two((drvhost::ProgramDirectory() + L"zx_two_translations.exe").c_str());
     EXPECT_STREQ(L"Deutsche Ausgabe", two.FileDescription());
     EXPECT_EQ(nullptr, NGUtils::CFileVersionInfo(L"").GetValue(L"FileVersion"));
 }

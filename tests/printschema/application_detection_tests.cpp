@@ -1,5 +1,6 @@
 // Application detection with the process-inspection table replaced by a stand-in host, and file
 // descriptions read from the version resources of real programs built beside the tests.
+#include "drvhost/printer_install.h"
 #include "printschema/application_detection.h"
 #include "printschema/host_process.h"
 #include "printschema/ticket_handler.h"
@@ -43,7 +44,9 @@ DWORD CopyPath(const std::wstring& path, LPWSTR buffer, DWORD capacity) {
 }
 
 const ProcessInspection kStandIn = {
-    [](HMODULE, LPWSTR path, DWORD capacity) { return ++g_host.pathReads, CopyPath(g_host.executable, path, capacity); },
+    [](HMODULE, LPWSTR path, DWORD capacity) {
+        return ++g_host.pathReads, CopyPath(g_host.executable, path, capacity);
+    },
     [](DWORD access, BOOL, DWORD id) {
         g_host.opened.emplace_back(access, id);
         return g_host.opens ? (id == kClientId ? kClientHandle : reinterpret_cast<HANDLE>(0x5e1f)) : nullptr;
@@ -51,7 +54,8 @@ const ProcessInspection kStandIn = {
     [](HANDLE) { return ++g_host.closed, TRUE; },
     []() { return kOwnId; },
     [](HANDLE, HMODULE* modules, DWORD capacityBytes, LPDWORD neededBytes) {
-        for (size_t index = 0; index < std::min<size_t>(g_host.modules.size(), capacityBytes / sizeof(HMODULE)); ++index) {
+        for (size_t index = 0; index < std::min<size_t>(g_host.modules.size(), capacityBytes / sizeof(HMODULE));
+             ++index) {
             modules[index] = reinterpret_cast<HMODULE>(index + 1);
         }
         *neededBytes = static_cast<DWORD>(g_host.modules.size() * sizeof(HMODULE));
@@ -69,11 +73,7 @@ const ProcessInspection kStandIn = {
 };
 
 // A program built beside the tests.
-std::wstring Beside(const wchar_t* name) {
-    wchar_t own[MAX_PATH];
-    const std::wstring path(own, ::GetModuleFileNameW(nullptr, own, MAX_PATH));
-    return path.substr(0, path.find_last_of(L'\\') + 1) + name;
-}
+std::wstring Beside(const wchar_t* name) { return drvhost::ProgramDirectory() + name; }
 
 class ApplicationDetection : public testing::Test {
 protected:
@@ -149,8 +149,9 @@ TEST_F(ApplicationDetection, OnlyTheFirst260ModulesAreLookedAt) {
 }
 
 TEST_F(ApplicationDetection, TheTrackingFeatureIsRewrittenOnlyWhenTheTicketCarriesIt) {
-    auto untouched = LoadDocument(Ticket(L"<psf:Feature name='psk:PageMediaType'><psf:Option name='psk:Plain'/>"
-                                         L"</psf:Feature>"));
+    auto untouched =
+        LoadDocument(Ticket(L"<psf:Feature name='psk:PageMediaType'><psf:Option name='psk:Plain'/>"
+                            L"</psf:Feature>"));
     const std::wstring before = XmlOf(untouched.Get());
     VPrintTicketHandler plain(untouched.Get());
     RecordPrintingApplication(plain);
@@ -167,8 +168,9 @@ TEST_F(ApplicationDetection, TheTrackingFeatureIsRewrittenOnlyWhenTheTicketCarri
     auto saved = Reparsed(tracked.Get());
     EXPECT_EQ(1, CountOf(saved.Get(), L"//psf:Feature[@name = 'ns0000:JobZXApplicationTracking']/psf:Option"));
     EXPECT_EQ(L"ns0000:My_Report_Tool",
-              TextAt(saved.Get(), L"/psf:PrintTicket/psf:Feature[last()][@name = 'ns0000:JobZXApplicationTracking']"
-                                  L"/psf:Option/@name"));
+              TextAt(saved.Get(),
+                     L"/psf:PrintTicket/psf:Feature[last()][@name = 'ns0000:JobZXApplicationTracking']"
+                     L"/psf:Option/@name"));
 }
 
 TEST(ApplicationDetectionOnThePlatform, ATestProgramWithoutVersionResourceIsUnknown) {
