@@ -57,8 +57,8 @@ TEST_F(CoreDriverTest, DevModeHoldsPublicPartCoreAreaAndPluginBlock) {
 TEST_F(CoreDriverTest, OnlyADevModeOfThisPrinterCarriesSelections) {
     DEVMODEW* dm = job.Public();
     EXPECT_NE(nullptr, FindSelections(dm, job.TotalSize(), 5));
-    EXPECT_EQ(nullptr, FindSelections(dm, job.TotalSize(), 4));       // another description
-    EXPECT_EQ(nullptr, FindSelections(dm, 220 + 12, 5));              // the caller's size cuts the area
+    EXPECT_EQ(nullptr, FindSelections(dm, job.TotalSize(), 4));  // another description
+    EXPECT_EQ(nullptr, FindSelections(dm, 220 + 12, 5));         // the caller's size cuts the area
     EXPECT_EQ(nullptr, FindSelections(nullptr, job.TotalSize(), 5));
 
     std::vector<BYTE> foreign = job.Bytes();
@@ -93,7 +93,8 @@ TEST_F(CoreDriverTest, SetOptionsResolvesConflictsOnlyWhenAsked) {
     job.SetSelection(1, 1);  // two-sided
     const PRINT_FEATURE_OPTION envelope[] = {{"PaperSize", "ENV_10"}};
     DWORD written = 0, result = 0xdeadbeef;
-    EXPECT_EQ(S_OK, core.CoreHelper()->SetOptions(job.Public(), job.TotalSize(), FALSE, envelope, 1, &written, &result));
+    EXPECT_EQ(S_OK,
+              core.CoreHelper()->SetOptions(job.Public(), job.TotalSize(), FALSE, envelope, 1, &written, &result));
     EXPECT_EQ(1u, written);
     EXPECT_EQ(DWORD{SETOPTIONS_RESULT_CONFLICT_REMAINED}, result);
     EXPECT_EQ(1u, job.Selection(1));
@@ -109,18 +110,9 @@ TEST_F(CoreDriverTest, SetOptionsResolvesConflictsOnlyWhenAsked) {
     EXPECT_EQ(DWORD{SETOPTIONS_RESULT_NO_CONFLICT}, result);
 
     const PRINT_FEATURE_OPTION unknown[] = {{"InputBin", "7"}, {"InputBin", "99"}};
-    EXPECT_EQ(E_INVALIDARG, core.CoreHelper()->SetOptions(job.Public(), job.TotalSize(), TRUE, unknown, 2, &written, &result));
+    EXPECT_EQ(E_INVALIDARG,
+              core.CoreHelper()->SetOptions(job.Public(), job.TotalSize(), TRUE, unknown, 2, &written, &result));
     EXPECT_EQ(1u, written);
-}
-
-TEST_F(CoreDriverTest, HelperObjectsAnswerOnlyTheirOwnInterfaces) {
-    Microsoft::WRL::ComPtr<IUnknown> other;
-    EXPECT_EQ(E_NOINTERFACE, core.DriverUi()->QueryInterface(IID_IPrintCoreHelper, reinterpret_cast<void**>(other.GetAddressOf())));
-    EXPECT_EQ(E_NOINTERFACE, core.CoreHelper()->QueryInterface(IID_IPrintOemDriverUI, reinterpret_cast<void**>(other.GetAddressOf())));
-    EXPECT_EQ(S_OK, core.CoreHelper()->QueryInterface(IID_IPrintCoreHelper, reinterpret_cast<void**>(other.GetAddressOf())));
-    other.Reset();
-    EXPECT_EQ(2u, core.CoreHelper()->AddRef());  // the core driver holds the first reference
-    EXPECT_EQ(1u, core.CoreHelper()->Release());
 }
 
 TEST_F(CoreDriverTest, ItemsStandForTheSheetsFeaturesInOrder) {

@@ -5,7 +5,8 @@
 #include "drvhost/printer_install.h"
 #include "drvhost/ticket_host.h"
 #include "drvhost/xml_document.h"
-#include "util/scoped.h"
+#include "printschema/print_schema_names.h"
+#include "tests/printschema/dom_support.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +14,7 @@ using namespace drvhost;
 
 namespace {
 
-constexpr wchar_t kDevice[] = L"http://example.com/device";
+constexpr const wchar_t* kDevice = PrintSchema::Uri::Device;
 
 PrinterDescription Printer() {
     return ParsePrinterDescription(R"(
@@ -29,27 +30,13 @@ PrinterDescription Printer() {
                                    "printer.gpd");
 }
 
-void SetProperty(IXMLDOMDocument2* document, const wchar_t* name, const std::wstring& value) {
-    zx::unique_variant text;
-    text.get()->vt = VT_BSTR;
-    text.get()->bstrVal = zx::MakeBstr(value.c_str()).release();
-    document->setProperty(zx::MakeBstr(name).get(), *text);
-}
-
+// The text the query selects in a ticket or capabilities document, or "<none>".
 std::wstring Select(IXMLDOMDocument2* document, const wchar_t* query) {
-    SetProperty(document, L"SelectionLanguage", L"XPath");
-    SetProperty(document, L"SelectionNamespaces", std::wstring(L"xmlns:psf='") + kFrameworkUri + L"' xmlns:psk='" +
-                                                      kKeywordsUri + L"' xmlns:ns0000='" + kDevice + L"'");
-    ComPtr<IXMLDOMNode> node;
-    if (document->selectSingleNode(zx::MakeBstr(query).get(), &node) != S_OK) return L"(none)";
-    zx::unique_bstr text;
-    node->get_text(text.put());
-    return text.get();
+    return zxtest::TextAt(zxtest::Reparsed(document).Get(), query);
 }
 
 class PrintSchemaTest : public testing::Test {
 protected:
-    ComApartment com;
     PrinterDescription printer = Printer();
     std::vector<DWORD> selections = {1, 1, 1, 1, 1, 0};
     SelectionSource selectionOf = [this](size_t feature) { return selections[feature]; };
@@ -69,12 +56,14 @@ TEST_F(PrintSchemaTest, NamesMappedFeaturesByKeywordAndOthersInTheDeviceNamespac
 TEST_F(PrintSchemaTest, BaseTicketCarriesTheSelectionsWithNUpStructure) {
     auto ticket = ParseXml(BuildPrintTicket(printer, selectionOf, kDevice));
     EXPECT_EQ(L"ns0000:ZX_4X6_IN", Select(ticket.Get(), L"//psf:Feature[@name='psk:PageMediaSize']/psf:Option/@name"));
-    EXPECT_EQ(L"4", Select(ticket.Get(), L"//psf:Feature[@name='psk:DocumentNUp']/psf:Option/"
-                                         L"psf:ScoredProperty[@name='psk:PagesPerSheet']/psf:Value"));
+    EXPECT_EQ(L"4", Select(ticket.Get(),
+                           L"//psf:Feature[@name='psk:DocumentNUp']/psf:Option/"
+                           L"psf:ScoredProperty[@name='psk:PagesPerSheet']/psf:Value"));
     // The direction is nested in the N-up feature, not beside it.
-    EXPECT_EQ(L"psk:TopLeft", Select(ticket.Get(), L"/psf:PrintTicket/psf:Feature[@name='psk:DocumentNUp']/"
-                                                   L"psf:Feature[@name='psk:PresentationDirection']/psf:Option/@name"));
-    EXPECT_EQ(L"(none)", Select(ticket.Get(), L"/psf:PrintTicket/psf:Feature[@name='psk:PresentationDirection']"));
+    EXPECT_EQ(L"psk:TopLeft", Select(ticket.Get(),
+                                     L"/psf:PrintTicket/psf:Feature[@name='psk:DocumentNUp']/"
+                                     L"psf:Feature[@name='psk:PresentationDirection']/psf:Option/@name"));
+    EXPECT_EQ(L"<none>", Select(ticket.Get(), L"/psf:PrintTicket/psf:Feature[@name='psk:PresentationDirection']"));
     EXPECT_EQ(L"ns0000:On", Select(ticket.Get(), L"//psf:Feature[@name='ns0000:JobTouchByUser']/psf:Option/@name"));
 }
 
@@ -84,28 +73,31 @@ TEST_F(PrintSchemaTest, ReadsBackWhatItWroteWhateverPrefixesTheTicketUses) {
     std::vector<std::pair<size_t, size_t>> expected = {{0, 1}, {1, 1}, {2, 1}, {3, 1}, {4, 1}, {5, 0}};
     EXPECT_EQ(expected, pairs);
 
-    auto renamed = ParseXml(std::wstring(L"<f:PrintTicket xmlns:f='") + kFrameworkUri + L"' xmlns:k='" + kKeywordsUri +
-                            L"' xmlns:d='" + kDevice + L"' xmlns:other='urn:x'>"
-                            L"<!-- a comment --><f:Feature name='k:PageMediaSize'><f:Option name='k:ISOA4'/></f:Feature>"
-                            L"<f:Feature name='k:JobInputBin'><f:Option name='d:_1'/></f:Feature>"
-                            L"<f:Feature name='other:PageMediaSize'><f:Option name='k:ISOA4'/></f:Feature>"
-                            L"<f:Feature name='k:DocumentNUp'><f:Option><f:ScoredProperty name='k:PagesPerSheet'>"
-                            L"<f:Value>4</f:Value></f:ScoredProperty></f:Option></f:Feature>"
-                            L"<f:Feature name='k:Unknown'><f:Option name='k:X'/></f:Feature></f:PrintTicket>");
+    auto renamed =
+        ParseXml(std::wstring(L"<f:PrintTicket xmlns:f='") + kFrameworkUri + L"' xmlns:k='" + kKeywordsUri +
+                 L"' xmlns:d='" + kDevice +
+                 L"' xmlns:other='urn:x'>"
+                 L"<!-- a comment --><f:Feature name='k:PageMediaSize'><f:Option name='k:ISOA4'/></f:Feature>"
+                 L"<f:Feature name='k:JobInputBin'><f:Option name='d:_1'/></f:Feature>"
+                 L"<f:Feature name='other:PageMediaSize'><f:Option name='k:ISOA4'/></f:Feature>"
+                 L"<f:Feature name='k:DocumentNUp'><f:Option><f:ScoredProperty name='k:PagesPerSheet'>"
+                 L"<f:Value>4</f:Value></f:ScoredProperty></f:Option></f:Feature>"
+                 L"<f:Feature name='k:Unknown'><f:Option name='k:X'/></f:Feature></f:PrintTicket>");
     expected = {{0, 0}, {3, 1}, {1, 1}};
     EXPECT_EQ(expected, ReadTicketSelections(renamed.Get(), printer, kDevice));
 }
 
 TEST_F(PrintSchemaTest, CapabilitiesListEveryOptionWithItsDisplayName) {
     auto capabilities = ParseXml(BuildPrintCapabilities(printer, kDevice));
-    EXPECT_EQ(L"psk:PickOne", Select(capabilities.Get(), L"//psf:Feature[@name='psk:PageMediaSize']/"
-                                                         L"psf:Property[@name='psf:SelectionType']/psf:Value"));
-    EXPECT_EQ(L"ns0000:ZX_4X6_IN", Select(capabilities.Get(), L"//psf:Feature[@name='psk:PageMediaSize']/psf:Option[2]/@name"));
+    EXPECT_EQ(L"psk:PickOne", Select(capabilities.Get(),
+                                     L"//psf:Feature[@name='psk:PageMediaSize']/"
+                                     L"psf:Property[@name='psf:SelectionType']/psf:Value"));
+    EXPECT_EQ(L"ns0000:ZX_4X6_IN",
+              Select(capabilities.Get(), L"//psf:Feature[@name='psk:PageMediaSize']/psf:Option[2]/@name"));
 }
 
 // The simulated printer in Wine's real spooler, with the plug-in built beside this test.
 TEST(SimulatedPrinter, InstallsIdempotentlyAndLoadsThePluginFromItsDriverDirectory) {
-    ComApartment com;
     PrinterSetup setup;
     setup.printerName = L"drvhost test printer";
     setup.sourceDirectory = ProgramDirectory();
@@ -131,5 +123,6 @@ TEST(SimulatedPrinter, InstallsIdempotentlyAndLoadsThePluginFromItsDriverDirecto
     TicketHost tickets(host);
     HRESULT result = S_OK;
     auto ticket = tickets.TicketFor(*job, result);
-    EXPECT_EQ(L"psk:NorthAmericaLetter", Select(ticket.Get(), L"//psf:Feature[@name='psk:PageMediaSize']/psf:Option/@name"));
+    EXPECT_EQ(L"psk:NorthAmericaLetter",
+              Select(ticket.Get(), L"//psf:Feature[@name='psk:PageMediaSize']/psf:Option/@name"));
 }

@@ -41,10 +41,12 @@ public:
     }
     STDMETHODIMP PublishDriverInterface(IUnknown* offered) override {
         Microsoft::WRL::ComPtr<IUnknown> answer;
-        if (SUCCEEDED(offered->QueryInterface(IID_IPrintOemDriverUI, reinterpret_cast<void**>(answer.GetAddressOf())))) {
+        if (SUCCEEDED(
+                offered->QueryInterface(IID_IPrintOemDriverUI, reinterpret_cast<void**>(answer.GetAddressOf())))) {
             answer.As(&driverUi);
         }
-        return offered->QueryInterface(IID_IPrintCoreHelperUni, reinterpret_cast<void**>(answer.ReleaseAndGetAddressOf()));
+        return offered->QueryInterface(IID_IPrintCoreHelperUni,
+                                       reinterpret_cast<void**>(answer.ReleaseAndGetAddressOf()));
     }
     STDMETHODIMP CommonUIProp(DWORD mode, POEMCUIPPARAM param) override {
         commonUIMode = mode;
@@ -55,7 +57,8 @@ public:
     }
     STDMETHODIMP DocumentPropertySheets(PPROPSHEETUI_INFO info, LPARAM lParam) override {
         sheetReasons.push_back(info->Reason);
-        if (info->Reason == PROPSHEETUI_REASON_SET_RESULT) setResult = reinterpret_cast<SETRESULT_INFO*>(lParam)->Result;
+        if (info->Reason == PROPSHEETUI_REASON_SET_RESULT)
+            setResult = reinterpret_cast<SETRESULT_INFO*>(lParam)->Result;
         if (info->Reason != PROPSHEETUI_REASON_INIT) return S_OK;
         sheetParams = reinterpret_cast<OEMUIPSPARAM*>(info->lParamInit);
         PROPSHEETPAGEW page{};
@@ -63,8 +66,8 @@ public:
         page.dwFlags = PSP_DLGINDIRECT;
         page.pResource = &kPageTemplate.dialog;
         page.pfnDlgProc = [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; };
-        const LONG_PTR added = info->pfnComPropSheet(info->hComPropSheet, CPSFUNC_ADD_PROPSHEETPAGEW,
-                                                     reinterpret_cast<LPARAM>(&page), 0);
+        const LONG_PTR added =
+            info->pfnComPropSheet(info->hComPropSheet, CPSFUNC_ADD_PROPSHEETPAGEW, reinterpret_cast<LPARAM>(&page), 0);
         startPageResult = info->pfnComPropSheet(info->hComPropSheet, CPSFUNC_SET_HSTARTPAGE, added, 0);
         info->pfnComPropSheet(info->hComPropSheet, CPSFUNC_SET_RESULT, added, CPSUI_OK);
         return added ? S_OK : E_FAIL;
@@ -138,14 +141,6 @@ protected:
 };
 
 }  // namespace
-
-TEST_F(UiSessionTest, LoadingAsksForTheIdentityAndPublishesTheRequestedHelpers) {
-    EXPECT_EQ(7u, host.Identity().signature);
-    EXPECT_EQ(16u, host.Identity().privateBlockSize);
-    EXPECT_EQ(S_OK, host.Identity().publishCoreHelper);
-    EXPECT_EQ(E_NOINTERFACE, host.Identity().publishDriverUi);  // the driver-UI object has no core helper
-    EXPECT_TRUE(plugin.driverUi);
-}
 
 TEST_F(UiSessionTest, DefaultAndMergedJobsGoThroughThePluginsDevMode) {
     auto job = host.NewDefaultJob();

@@ -3,6 +3,7 @@
 // only after a re-parse, so checks of written documents read a re-parsed copy.
 #pragma once
 
+#include "drvhost/print_schema.h"
 #include "util/scoped.h"
 
 #include <msxml2.h>
@@ -11,8 +12,8 @@
 
 namespace zxtest {
 
-inline constexpr wchar_t kFrameworkUri[] = L"http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework";
-inline constexpr wchar_t kKeywordsUri[] = L"http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords";
+using drvhost::kFrameworkUri;
+using drvhost::kKeywordsUri;
 
 zx::ComPtr<IXMLDOMDocument2> LoadDocument(const std::wstring& xml);
 // A re-parsed copy, with psf, psk, xsi and ns0000 bound for queries.
