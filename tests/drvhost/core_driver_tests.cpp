@@ -39,8 +39,8 @@ protected:
 
 }  // namespace
 
-TEST_F(CoreDriverTest, DevModeHoldsPublicPartCoreAreaAndPluginBlock) {
-    const DEVMODEW* dm = job.Public();
+TEST_F(CoreDriverTest, ADevModeOfThisPrinterHoldsPublicPartCoreAreaAndPluginBlock) {
+    DEVMODEW* dm = job.Public();
     EXPECT_EQ(220, dm->dmSize);
     EXPECT_EQ(12u + 5 * 4 + 64, dm->dmDriverExtra);
     EXPECT_EQ(job.TotalSize(), 220u + dm->dmDriverExtra);
@@ -52,13 +52,11 @@ TEST_F(CoreDriverTest, DevModeHoldsPublicPartCoreAreaAndPluginBlock) {
     EXPECT_EQ(2970, dm->dmPaperLength);
     job.SetSelection(1, 1);
     EXPECT_EQ(DMDUP_VERTICAL, dm->dmDuplex);
-}
 
-TEST_F(CoreDriverTest, OnlyADevModeOfThisPrinterCarriesSelections) {
-    DEVMODEW* dm = job.Public();
+    // Only a DEVMODE of this printer carries selections.
     EXPECT_NE(nullptr, FindSelections(dm, job.TotalSize(), 5));
-    EXPECT_EQ(nullptr, FindSelections(dm, job.TotalSize(), 4));       // another description
-    EXPECT_EQ(nullptr, FindSelections(dm, 220 + 12, 5));              // the caller's size cuts the area
+    EXPECT_EQ(nullptr, FindSelections(dm, job.TotalSize(), 4));  // another description
+    EXPECT_EQ(nullptr, FindSelections(dm, 220 + 12, 5));         // the caller's size cuts the area
     EXPECT_EQ(nullptr, FindSelections(nullptr, job.TotalSize(), 5));
 
     std::vector<BYTE> foreign = job.Bytes();
@@ -69,7 +67,7 @@ TEST_F(CoreDriverTest, OnlyADevModeOfThisPrinterCarriesSelections) {
     EXPECT_EQ(nullptr, option);
 }
 
-TEST_F(CoreDriverTest, GetOptionReadsTheGivenDevModeOrTheCurrentState) {
+TEST_F(CoreDriverTest, OptionsAreReadFromTheGivenDevModeOrTheCurrentStateAndListedInFileOrder) {
     job.SetSelection(0, 2);
     EXPECT_STREQ("ENV_10", Option(job.Public(), job.TotalSize(), "PaperSize"));
     EXPECT_STREQ("A4", Option(nullptr, 0, "PaperSize"));  // no current job: the defaults
@@ -84,16 +82,15 @@ TEST_F(CoreDriverTest, GetOptionReadsTheGivenDevModeOrTheCurrentState) {
     PCSTR* options = nullptr;
     DWORD count = 0;
     ASSERT_EQ(S_OK, core.CoreHelper()->EnumOptions("PaperSize", &options, &count));
-    ASSERT_EQ(3u, count);
-    EXPECT_STREQ("LETTER", options[0]);
-    EXPECT_STREQ("ENV_10", options[2]);
+    EXPECT_EQ((std::vector<std::string>{"LETTER", "A4", "ENV_10"}), std::vector<std::string>(options, options + count));
 }
 
 TEST_F(CoreDriverTest, SetOptionsResolvesConflictsOnlyWhenAsked) {
     job.SetSelection(1, 1);  // two-sided
     const PRINT_FEATURE_OPTION envelope[] = {{"PaperSize", "ENV_10"}};
     DWORD written = 0, result = 0xdeadbeef;
-    EXPECT_EQ(S_OK, core.CoreHelper()->SetOptions(job.Public(), job.TotalSize(), FALSE, envelope, 1, &written, &result));
+    EXPECT_EQ(S_OK,
+              core.CoreHelper()->SetOptions(job.Public(), job.TotalSize(), FALSE, envelope, 1, &written, &result));
     EXPECT_EQ(1u, written);
     EXPECT_EQ(DWORD{SETOPTIONS_RESULT_CONFLICT_REMAINED}, result);
     EXPECT_EQ(1u, job.Selection(1));
@@ -109,66 +106,48 @@ TEST_F(CoreDriverTest, SetOptionsResolvesConflictsOnlyWhenAsked) {
     EXPECT_EQ(DWORD{SETOPTIONS_RESULT_NO_CONFLICT}, result);
 
     const PRINT_FEATURE_OPTION unknown[] = {{"InputBin", "7"}, {"InputBin", "99"}};
-    EXPECT_EQ(E_INVALIDARG, core.CoreHelper()->SetOptions(job.Public(), job.TotalSize(), TRUE, unknown, 2, &written, &result));
+    EXPECT_EQ(E_INVALIDARG,
+              core.CoreHelper()->SetOptions(job.Public(), job.TotalSize(), TRUE, unknown, 2, &written, &result));
     EXPECT_EQ(1u, written);
 }
 
-TEST_F(CoreDriverTest, HelperObjectsAnswerOnlyTheirOwnInterfaces) {
-    Microsoft::WRL::ComPtr<IUnknown> other;
-    EXPECT_EQ(E_NOINTERFACE, core.DriverUi()->QueryInterface(IID_IPrintCoreHelper, reinterpret_cast<void**>(other.GetAddressOf())));
-    EXPECT_EQ(E_NOINTERFACE, core.CoreHelper()->QueryInterface(IID_IPrintOemDriverUI, reinterpret_cast<void**>(other.GetAddressOf())));
-    EXPECT_EQ(S_OK, core.CoreHelper()->QueryInterface(IID_IPrintCoreHelper, reinterpret_cast<void**>(other.GetAddressOf())));
-    other.Reset();
-    EXPECT_EQ(2u, core.CoreHelper()->AddRef());  // the core driver holds the first reference
+// How the plug-in receives both helper objects is checked with the UI session.
+TEST_F(CoreDriverTest, TheCoreHelperIsNoDriverUiObjectAndTheCoreDriverHoldsItsReference) {
+    Microsoft::WRL::ComPtr<IPrintOemDriverUI> other;
+    EXPECT_EQ(E_NOINTERFACE,
+              core.CoreHelper()->QueryInterface(IID_IPrintOemDriverUI, reinterpret_cast<void**>(other.GetAddressOf())));
+    EXPECT_EQ(2u, core.CoreHelper()->AddRef());
     EXPECT_EQ(1u, core.CoreHelper()->Release());
 }
 
-TEST_F(CoreDriverTest, ItemsStandForTheSheetsFeaturesInOrder) {
+// The plug-in's search of the items by keyword, and the conflict marks and prompts, are checked
+// with the settings.
+TEST_F(CoreDriverTest, ItemsStandForTheSheetsFeaturesAndWriteBackIntoTheJob) {
     core.SetCurrentJob(&job);
-    OptionItems items(core.Description(), FeatureSheet::Document,
-                      [this](size_t feature) { return core.CurrentSelection(feature); });
+    const SelectionSource current = [this](size_t feature) { return core.CurrentSelection(feature); };
+    EXPECT_EQ(1u, OptionItems(core.Description(), FeatureSheet::Printer, current).Count());
+    OptionItems items(core.Description(), FeatureSheet::Document, current);
     ASSERT_EQ(4u, items.Count());
-    const char* expected[] = {"PaperSize", "Duplex", "InputBin", "Collate"};
     for (DWORD i = 0; i < items.Count(); ++i) {
         const OPTITEM& item = items.Items()[i];
         EXPECT_EQ(sizeof(OPTITEM), item.cbSize);
         EXPECT_EQ(sizeof(OPTTYPE), item.pOptType->cbSize);
         EXPECT_EQ(sizeof(OPTPARAM), item.pOptType->pOptParam[0].cbSize);
-        // The third pointer-sized field of the record is the feature keyword.
-        const char* keyword = reinterpret_cast<const char* const*>(item.UserData)[2];
-        EXPECT_STREQ(expected[i], keyword);
     }
-    EXPECT_EQ(1, items.Items()[0].Sel);
-    EXPECT_STREQ(L"Envelope", items.Items()[0].pOptType->pOptParam[2].pData);
-    EXPECT_EQ(3u, items.Items()[0].pOptType->Count);
-    EXPECT_EQ(DMPUB_DEFSOURCE, items.Items()[2].DMPubID);
-    EXPECT_EQ(DMPUB_COPIES_COLLATE, items.Items()[3].DMPubID);
-    EXPECT_NE(items.Items()[0].pOptType->BegCtrlID, items.Items()[1].pOptType->BegCtrlID);
+    OPTITEM* paper = items.Find("PaperSize");
+    EXPECT_EQ(1, paper->Sel);
+    EXPECT_EQ(3u, paper->pOptType->Count);
+    EXPECT_STREQ(L"Envelope", paper->pOptType->pOptParam[2].pData);
+    EXPECT_EQ(DMPUB_DEFSOURCE, items.Find("InputBin")->DMPubID);
+    EXPECT_EQ(DMPUB_COPIES_COLLATE, items.Find("Collate")->DMPubID);
+    EXPECT_NE(paper->pOptType->BegCtrlID, items.Find("Duplex")->pOptType->BegCtrlID);
 
-    OptionItems printerItems(core.Description(), FeatureSheet::Printer,
-                             [this](size_t feature) { return core.CurrentSelection(feature); });
-    ASSERT_EQ(1u, printerItems.Count());
-}
-
-TEST_F(CoreDriverTest, UpdateUISettingWritesTheItemIntoTheJobAndNotesConflictMarks) {
-    core.SetCurrentJob(&job);
-    const SelectionSource current = [this](size_t feature) { return core.CurrentSelection(feature); };
-    OptionItems items(core.Description(), FeatureSheet::Document, current);
     OEMUIOBJ uiObject{sizeof(OEMUIOBJ), nullptr};
     core.ShowSheet(&uiObject, &items, FeatureSheet::Document);
-
     OPTITEM* duplex = items.Find("Duplex");
     duplex->Sel = 1;
     EXPECT_EQ(S_OK, core.DriverUi()->DrvUpdateUISetting(&uiObject, duplex, 0, OEMCUIP_DOCPROP));
     EXPECT_EQ(1u, job.Selection(1));
-    EXPECT_EQ(0, core.ConflictPrompts());
-    // Two-sided printing now constrains the envelope: the core driver marks it.
-    OPTITEM* paper = items.Find("PaperSize");
-    EXPECT_EQ(OPTPF_OVERLAY_WARNING_ICON, paper->pOptType->pOptParam[2].Flags);
-    paper->Sel = 2;
-    EXPECT_EQ(S_OK, core.DriverUi()->DrvUpdateUISetting(&uiObject, paper, 1, OEMCUIP_DOCPROP));
-    EXPECT_EQ(1, core.ConflictPrompts());
-
     OPTITEM stranger = *paper;
     OEMUIOBJ otherObject = uiObject;
     EXPECT_EQ(E_INVALIDARG, core.DriverUi()->DrvUpdateUISetting(&uiObject, &stranger, 0, OEMCUIP_DOCPROP));

@@ -81,13 +81,17 @@ TEST(PrinterDescription, MalformedInputGivesOneErrorWithFileAndLine) {
     for (const auto& [text, error] : cases) EXPECT_EQ(error, ErrorOf(text)) << text;
 }
 
-TEST(PrinterDescription, SamplePrinterDeclaresEveryVisibleFeatureBeforeTheHiddenOnesThatExtendIt) {
+TEST(PrinterDescription, SamplePrinterDeclaresEveryFeatureOnItsSheetBeforeTheHiddenOnesThatExtendIt) {
     const PrinterDescription sample = LoadPrinterDescription(ProgramDirectory() + L"zxtalu.gpd");
-    for (const char* feature : {"PaperSize", "MediaType", "PageOutputQuality", "InputBin", "BorderlessPrint", "Duplex",
-                                "DocumentNUp", "DeviceLanguage", "SnappingData", "PrintingShortcut", "ShortcutBitmaps",
-                                "AllSettingsfor_PS", "PS_Schema", "MonoConfig", "BidiDefaults", "ZXDataCollectionXML",
-                                "DuplexUnit", "Tray2", "PhotoTrayUnit", "Autoconfig", "Collate"}) {
+    for (const char* feature :
+         {"PaperSize", "MediaType", "PageOutputQuality", "InputBin", "BorderlessPrint", "Duplex", "DocumentNUp",
+          "DeviceLanguage", "SnappingData", "PrintingShortcut", "ShortcutBitmaps", "AllSettingsfor_PS", "PS_Schema",
+          "MonoConfig", "BidiDefaults", "ZXDataCollectionXML", "Collate"}) {
         EXPECT_TRUE(sample.FindFeature(feature)) << feature;
+    }
+    for (const char* feature : {"DuplexUnit", "Tray2", "PhotoTrayUnit", "Autoconfig"}) {
+        const std::optional<size_t> found = sample.FindFeature(feature);
+        EXPECT_TRUE(found && sample.features[*found].sheet == FeatureSheet::Printer) << feature;
     }
     // A search by prefix, as the plug-in makes it, meets each feature before any that extends it.
     for (size_t later = 0; later < sample.features.size(); ++later) {
@@ -100,8 +104,8 @@ TEST(PrinterDescription, SamplePrinterDeclaresEveryVisibleFeatureBeforeTheHidden
         }
     }
     const FeatureDescription& paper = sample.features[*sample.FindFeature("PaperSize")];
-    for (const char* keyword : {"CUSTOMSIZE", "ZX_EDGETOEDGE_A4", "ZX_EDGETOEDGE_LETTER", "Edge_to_Edge_Tabloid",
-                                "Edge_to_Edge_A3"}) {
+    for (const char* keyword :
+         {"CUSTOMSIZE", "ZX_EDGETOEDGE_A4", "ZX_EDGETOEDGE_LETTER", "Edge_to_Edge_Tabloid", "Edge_to_Edge_A3"}) {
         EXPECT_TRUE(paper.FindOption(keyword)) << keyword;
     }
 }

@@ -12,17 +12,20 @@ using namespace drvhost;
 
 namespace {
 
+// The page the plug-in adds: a dialog template without menu, class or title.
+const struct {
+    DLGTEMPLATE dialog;
+    WORD menu, windowClass, title;
+} kPageTemplate = {{WS_CHILD, 0, 0, 0, 0, 100, 50}, 0, 0, 0};
+
 // A UI plug-in that records what the core driver hands it and answers like a simple plug-in.
 class RecordingPlugin final : public IPrintOemUI {
 public:
     STDMETHODIMP QueryInterface(REFIID riid, void** ppv) override {
-        if (!IsEqualIID(riid, IID_IUnknown) && !IsEqualIID(riid, IID_IPrintOemUI)) {
-            *ppv = nullptr;
-            return E_NOINTERFACE;
-        }
-        *ppv = this;
-        AddRef();
-        return S_OK;
+        const bool known = IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IPrintOemUI);
+        *ppv = known ? this : nullptr;
+        if (known) AddRef();
+        return known ? S_OK : E_NOINTERFACE;
     }
     STDMETHODIMP_(ULONG) AddRef() override { return ++refCount; }
     STDMETHODIMP_(ULONG) Release() override { return --refCount; }
@@ -41,10 +44,12 @@ public:
     }
     STDMETHODIMP PublishDriverInterface(IUnknown* offered) override {
         Microsoft::WRL::ComPtr<IUnknown> answer;
-        if (SUCCEEDED(offered->QueryInterface(IID_IPrintOemDriverUI, reinterpret_cast<void**>(answer.GetAddressOf())))) {
+        if (SUCCEEDED(
+                offered->QueryInterface(IID_IPrintOemDriverUI, reinterpret_cast<void**>(answer.GetAddressOf())))) {
             answer.As(&driverUi);
         }
-        return offered->QueryInterface(IID_IPrintCoreHelperUni, reinterpret_cast<void**>(answer.ReleaseAndGetAddressOf()));
+        return offered->QueryInterface(IID_IPrintCoreHelperUni,
+                                       reinterpret_cast<void**>(answer.ReleaseAndGetAddressOf()));
     }
     STDMETHODIMP CommonUIProp(DWORD mode, POEMCUIPPARAM param) override {
         commonUIMode = mode;
@@ -55,7 +60,8 @@ public:
     }
     STDMETHODIMP DocumentPropertySheets(PPROPSHEETUI_INFO info, LPARAM lParam) override {
         sheetReasons.push_back(info->Reason);
-        if (info->Reason == PROPSHEETUI_REASON_SET_RESULT) setResult = reinterpret_cast<SETRESULT_INFO*>(lParam)->Result;
+        if (info->Reason == PROPSHEETUI_REASON_SET_RESULT)
+            setResult = reinterpret_cast<SETRESULT_INFO*>(lParam)->Result;
         if (info->Reason != PROPSHEETUI_REASON_INIT) return S_OK;
         sheetParams = reinterpret_cast<OEMUIPSPARAM*>(info->lParamInit);
         PROPSHEETPAGEW page{};
@@ -63,8 +69,8 @@ public:
         page.dwFlags = PSP_DLGINDIRECT;
         page.pResource = &kPageTemplate.dialog;
         page.pfnDlgProc = [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; };
-        const LONG_PTR added = info->pfnComPropSheet(info->hComPropSheet, CPSFUNC_ADD_PROPSHEETPAGEW,
-                                                     reinterpret_cast<LPARAM>(&page), 0);
+        const LONG_PTR added =
+            info->pfnComPropSheet(info->hComPropSheet, CPSFUNC_ADD_PROPSHEETPAGEW, reinterpret_cast<LPARAM>(&page), 0);
         startPageResult = info->pfnComPropSheet(info->hComPropSheet, CPSFUNC_SET_HSTARTPAGE, added, 0);
         info->pfnComPropSheet(info->hComPropSheet, CPSFUNC_SET_RESULT, added, CPSUI_OK);
         return added ? S_OK : E_FAIL;
@@ -110,14 +116,7 @@ public:
     std::vector<Call> callbacks;
     LONG_PTR startPageResult = 0;
     LRESULT setResult = -1;
-
-    static const struct PageTemplate {
-        DLGTEMPLATE dialog;
-        WORD menu, windowClass, title;
-    } kPageTemplate;
 };
-
-const RecordingPlugin::PageTemplate RecordingPlugin::kPageTemplate = {{WS_CHILD, 0, 0, 0, 0, 100, 50}, 0, 0, 0};
 
 PrinterDescription Printer() {
     return ParsePrinterDescription(R"(
@@ -139,15 +138,13 @@ protected:
 
 }  // namespace
 
-TEST_F(UiSessionTest, LoadingAsksForTheIdentityAndPublishesTheRequestedHelpers) {
+TEST_F(UiSessionTest, LoadingPublishesTheRequestedHelpersAndJobsGoThroughThePluginsDevMode) {
     EXPECT_EQ(7u, host.Identity().signature);
     EXPECT_EQ(16u, host.Identity().privateBlockSize);
     EXPECT_EQ(S_OK, host.Identity().publishCoreHelper);
     EXPECT_EQ(E_NOINTERFACE, host.Identity().publishDriverUi);  // the driver-UI object has no core helper
     EXPECT_TRUE(plugin.driverUi);
-}
 
-TEST_F(UiSessionTest, DefaultAndMergedJobsGoThroughThePluginsDevMode) {
     auto job = host.NewDefaultJob();
     EXPECT_EQ((std::vector<DWORD>{OEMDM_SIZE, OEMDM_DEFAULT}), plugin.devModeModes);
     EXPECT_EQ(0xAB, static_cast<BYTE*>(job->PluginBlock())[15]);
@@ -215,7 +212,6 @@ TEST_F(UiSessionTest, PrinterSheetEditsThePrinterConfiguration) {
     EXPECT_EQ(S_OK, session.Open());
     EXPECT_EQ(DWORD{OEMCUIP_PRNPROP}, plugin.commonUIMode);
     EXPECT_EQ(nullptr, plugin.params->pPublicDM);
-    ASSERT_EQ(1u, session.Items().Count());
     session.SelectOption("Tray2", 1);
     session.Apply();
     EXPECT_EQ(1u, host.Core().PrinterSetting(3));
