@@ -48,7 +48,7 @@ protected:
 
 }  // namespace
 
-TEST_F(DataMapTest, EachProtocolSelectsItsMapAndPasses) {
+TEST_F(DataMapTest, EachProtocolSelectsItsMapAndPassesOthersFindNothing) {
     EXPECT_TRUE(Evaluate(kExampleMap, L"KELP"));
     EXPECT_EQ((Items{L"CID", L"dd:DuplexUnit", L"dd:Duplex", L"ColorPrinting"}), items);
     EXPECT_TRUE(Evaluate(kExampleMap, L"OID"));
@@ -59,33 +59,27 @@ TEST_F(DataMapTest, EachProtocolSelectsItsMapAndPasses) {
     // Fixed items only: nothing to ask for.
     EXPECT_FALSE(Evaluate(kExampleMap, L"IPP"));
     EXPECT_EQ(Items{L"CID"}, items);
+    // "kelp" chooses the XML map, but its protocol attribute differs.
+    for (const wchar_t* protocol : {L"SNMP", L"kelp", L"", L"KELP'] | //*[@Name='CID", L"WS"}) {
+        EXPECT_FALSE(Evaluate(kExampleMap, protocol)) << protocol;
+        EXPECT_EQ(Items{}, items) << protocol;
+    }
 }
 
-TEST_F(DataMapTest, UnknownProtocolsAndXmlProtocolsInAnotherCaseFindNothing) {
-    EXPECT_FALSE(Evaluate(kExampleMap, L"SNMP"));
-    EXPECT_EQ(Items{}, items);
-    EXPECT_FALSE(Evaluate(kExampleMap, L"kelp"));  // chosen, but the attribute value differs
-    EXPECT_EQ(Items{}, items);
-    EXPECT_FALSE(Evaluate(kExampleMap, L""));
-    EXPECT_FALSE(Evaluate(kExampleMap, L"KELP'] | //*[@Name='CID"));
-    EXPECT_EQ(Items{}, items);
-    EXPECT_FALSE(Evaluate(kExampleMap, L"WS"));
-    EXPECT_EQ(Items{}, items);
-}
-
+// True only when there is more to ask than the fixed items.
 TEST_F(DataMapTest, CountWinsOverUntilEndAndNamesMustBeThere) {
-    EXPECT_TRUE(Evaluate(OidMap(R"(<NextDataItem Name="Entries" Count="2" UntilEnd="true"/>)"), L"OID"));
-    EXPECT_EQ((Items{L"CID", L"Entries", L"Entries.2."}), items);
-    EXPECT_TRUE(Evaluate(OidMap(R"(<NextDataItem Name="Entries" UntilEnd="True"/>)"), L"OID"));
-    EXPECT_EQ((Items{L"CID", L"Entries"}), items);
-    EXPECT_TRUE(Evaluate(OidMap(R"(<NextDataItem Name="Entries" Count="" UntilEnd="true"/>)"), L"OID"));
-    EXPECT_EQ((Items{L"CID", L"Entries"}), items);
-    EXPECT_FALSE(Evaluate(OidMap(R"(<DataItem Name="" AttributeID="TrayState2"/><NextDataItem Count="4"/>)"), L"OID"));
-    EXPECT_EQ(Items{L"CID"}, items);
-    EXPECT_TRUE(Evaluate(OidMap(R"(<DataItem Prefix="" Name="A"/><DataItem Prefix="p" AttributeID="B"/>)"
-                                R"(<DataItem Name="A"/>)"),
-                         L"OID"));
-    EXPECT_EQ((Items{L"CID", L"A", L"p:B", L"A"}), items);  // duplicates stay
+    const std::pair<const char*, Items> cases[] = {
+        {R"(<NextDataItem Name="Entries" Count="2" UntilEnd="true"/>)", {L"CID", L"Entries", L"Entries.2."}},
+        {R"(<NextDataItem Name="Entries" UntilEnd="True"/>)", {L"CID", L"Entries"}},
+        {R"(<NextDataItem Name="Entries" Count="" UntilEnd="true"/>)", {L"CID", L"Entries"}},
+        {R"(<DataItem Name="" AttributeID="TrayState2"/><NextDataItem Count="4"/>)", {L"CID"}},
+        {R"(<DataItem Prefix="" Name="A"/><DataItem Prefix="p" AttributeID="B"/><DataItem Name="A"/>)",
+         {L"CID", L"A", L"p:B", L"A"}},  // duplicates stay
+    };
+    for (const auto& [body, expected] : cases) {
+        EXPECT_EQ(expected.size() > 1, Evaluate(OidMap(body), L"OID")) << body;
+        EXPECT_EQ(expected, items) << body;
+    }
     // Without a fixed item nothing is asked.
     EXPECT_FALSE(Evaluate(R"(<DataMaps><XMLDataMap Protocol="WS"><StaticDataItem Prefix="p"/>)"
                           R"(<DataItem Name="Duplex"/></XMLDataMap></DataMaps>)",
@@ -101,12 +95,9 @@ TEST_F(DataMapTest, BrokenAndHostileMapsGiveFalseOrTheirItemsWhole) {
     EXPECT_FALSE(zx::EvaluateDataMap(items, bed.Directory() + L"missing.xml", L"OID"));
     EXPECT_EQ(Items{}, items);
 
-    std::string deep = "<DataMaps><OIDDataMap><StaticDataItem Name=\"CID\"/>";
-    for (int i = 0; i < 300; ++i) deep += "<g>";
-    deep += "<DataItem Name=\"Deep\"/>";
-    for (int i = 0; i < 300; ++i) deep += "</g>";
-    deep += "</OIDDataMap></DataMaps>";
-    EXPECT_FALSE(Evaluate(deep, L"OID"));  // refused by the parser, not overflowed
+    std::string deep = "<DataItem Name=\"Deep\"/>";
+    for (int i = 0; i < 300; ++i) deep = "<g>" + deep + "</g>";
+    EXPECT_FALSE(Evaluate(OidMap(deep), L"OID"));  // refused by the parser, not overflowed
 
     const std::string longName(100000, 'N');
     EXPECT_TRUE(Evaluate(OidMap("<DataItem Prefix=\"" + longName + "\" Name=\"" + longName + "\"/>"), L"OID"));

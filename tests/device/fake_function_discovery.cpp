@@ -80,7 +80,6 @@ public:
         return *count = static_cast<DWORD>(g_discovery->instances.size()), S_OK;
     }
     STDMETHODIMP Item(DWORD index, zx::IFunctionInstance** instance) override {
-        g_discovery->itemsAsked.push_back(index);
         return *instance = new Instance(g_discovery->instances.at(index)), S_OK;
     }
     STDMETHODIMP GetInstanceCollection(const WCHAR*, const WCHAR*, BOOL, zx::IFunctionInstanceCollection**) override {

@@ -31,7 +31,6 @@ public:
     HRESULT createResult = S_OK;
     HRESULT executeResult = S_OK;
     std::wstring queriedCategory;
-    std::vector<DWORD> itemsAsked;
     static long liveObjects;
 
 private:

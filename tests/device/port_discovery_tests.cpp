@@ -38,11 +38,11 @@ protected:
 
 }  // namespace
 
-TEST_F(PortTest, KindsComeFromCaseSensitiveNameMarkersThenFromExactDescriptions) {
+TEST_F(PortTest, KindsComeFromNameMarkersThenFromTheDescriptionOfTheLastPortOfTheName) {
     const std::pair<const wchar_t*, int32_t> cases[] = {
-        {L"USB001", kPortUsb},       {L"WSD-USB-1", kPortUsb}, {L"WSD-1234", kPortWsd},
-        {L"usb001", kPortUnknown},   {L"IP_1", kPortTcpIp},    {L"NRD_1", kPortRediscovery},
-        {L"IP_blank", kPortUnknown}, {L"LPT1:", kPortUnknown}, {L"NOT_LISTED", kPortUnknown}};
+        {L"USB001", kPortUsb}, {L"WSD-USB-1", kPortUsb},     {L"WSD-1234", kPortWsd},     {L"usb001", kPortUnknown},
+        {L"IP_1", kPortTcpIp}, {L"NRD_1", kPortRediscovery}, {L"IP_blank", kPortUnknown}, {L"LPT1:", kPortUnknown},
+        {L"", kPortUnknown},   {L"NOT_LISTED", kPortUnknown}};
     for (const auto& [port, kind] : cases) {
         EXPECT_EQ(kind != kPortUnknown, Classify(port));
         EXPECT_EQ(kind, access.PortKind()) << port;
@@ -50,20 +50,10 @@ TEST_F(PortTest, KindsComeFromCaseSensitiveNameMarkersThenFromExactDescriptions)
     }
     EXPECT_EQ(L",XcvPort NOT_LISTED", spooler.openedNames.back());
     EXPECT_TRUE(spooler.xcvOutputSizes.empty());
-}
-
-TEST_F(PortTest, NoPortNoDriverNoPrinterNoKind) {
-    Classify(L"");
-    EXPECT_EQ(kPortUnknown, access.PortKind());
-    spooler.driverName.clear();
-    Classify(L"USB001");
-    EXPECT_EQ(kPortUnknown, access.PortKind());
     VPrinterAccess nameless(nullptr, nullptr);
     EXPECT_FALSE(zx::ClassifyPort(nameless));
-    EXPECT_EQ(1u, spooler.handles.size());  // only the printer's
-}
 
-TEST_F(PortTest, DescriptionsAreTakenFromTheLastPortOfTheName) {
+    // A port's description is that of the last port of its name.
     spooler.ports.push_back({L"LPT1:", L"Second LPT1"});
     EXPECT_EQ(L"Second LPT1", zx::GetPortDescription(L"LPT1:"));
     EXPECT_EQ(L"", zx::GetPortDescription(L"lpt1:"));
@@ -128,8 +118,10 @@ protected:
 
 }  // namespace
 
-TEST_F(WsdTest, TheDeviceServingThePortGivesTheHostOfItsServiceAddress) {
+// Instances are walked from the last, and the first that serves the port wins.
+TEST_F(WsdTest, OnlyADeviceServingThePortGivesTheHostOfItsServiceAddress) {
     discovery.instances = {
+        {L"uuid:earlier", {PrinterPort(L"WSD-1"), ServiceAddress({L"http://10.0.0.4:5357/x"})}},
         {L"uuid:other", {PrinterPort(L"WSD-2"), ServiceAddress({L"http://10.0.0.2:5357/x"})}},
         {L"UUID:MINE", {ServiceAddress({L"http://192.168.0.20:5357/abc", L"http://10.0.0.1/"}), PrinterPort(L"wsd-1")}},
         {L"not a device", {PrinterPort(L"WSD-1"), ServiceAddress({L"http://10.0.0.3:80/"})}},
@@ -137,20 +129,21 @@ TEST_F(WsdTest, TheDeviceServingThePortGivesTheHostOfItsServiceAddress) {
     EXPECT_TRUE(Find());
     EXPECT_EQ(L"192.168.0.20", access.IpAddress());
     EXPECT_EQ(L"Provider\\Microsoft.Base.PnP", discovery.queriedCategory);
-    EXPECT_EQ((std::vector<DWORD>{2, 1}), discovery.itemsAsked);  // from the last instance
-}
 
-TEST_F(WsdTest, AnotherPortOrAnUnusableAddressFindsNothing) {
+    // Another port, or no usable service address.
     const PROPERTYKEY serviceKey = ServiceAddress({}).key;
-    discovery.instances = {
-        {L"umb:1", {PrinterPort(L"WSD-9"), ServiceAddress({L"http://10.0.0.1:80/"})}},
-        {L"umb:2", {ServiceAddress({}), PrinterPort(L"WSD-1")}},
-        {L"umb:3", {{serviceKey, VT_LPWSTR, {L"http://10.0.0.3:80/"}}, PrinterPort(L"WSD-1")}},
-        {L"umb:4", {PrinterPort(L"WSD-1")}},
+    const std::vector<zxtest::FakeProperty> devices[] = {
+        {PrinterPort(L"WSD-9"), ServiceAddress({L"http://10.0.0.1:80/"})},
+        {ServiceAddress({}), PrinterPort(L"WSD-1")},
+        {{serviceKey, VT_LPWSTR, {L"http://10.0.0.3:80/"}}, PrinterPort(L"WSD-1")},
+        {PrinterPort(L"WSD-1")},
     };
-    EXPECT_FALSE(Find());
-    EXPECT_EQ(L"0.0.0.0", access.IpAddress());
-    EXPECT_EQ((std::vector<DWORD>{3, 2, 1, 0}), discovery.itemsAsked);
+    for (size_t i = 0; i < std::size(devices); ++i) {
+        SCOPED_TRACE(i);
+        discovery.instances = {{L"umb:1", devices[i]}};
+        EXPECT_FALSE(Find());
+        EXPECT_EQ(L"0.0.0.0", access.IpAddress());
+    }
 }
 
 TEST_F(WsdTest, ShortOverlongPendingAndFailedLookups) {

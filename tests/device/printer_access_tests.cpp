@@ -7,12 +7,18 @@
 
 using Read = VPrinterAccess::ValueRead;
 
-TEST(PrinterAccess, ReadsNumbersAsTheirLow16BitsTextWithOrWithoutTerminatorAndNothingElse) {
+TEST(PrinterAccess, ReadsNumbersAsTheirLow16BitsTextWithOrWithoutTerminatorAndFailsOnLyingStores) {
     zxtest::FakeSpooler spooler;
     spooler.data[L"Big"] = zxtest::NumberValue(0x00010001);
     spooler.data[L"Minus"] = zxtest::NumberValue(0x0000FFFF);
     spooler.data[L"Bare"] = zxtest::TextValue(L"abc", false);
     spooler.data[L"Binary"] = zxtest::StoredValue{REG_BINARY, {1, 2, 3}};
+    spooler.data[L"Broken"] = zxtest::TextValue(L"text");
+    spooler.data[L"Broken"].unreadable = true;
+    spooler.data[L"Wide"] = zxtest::NumberValue(5);
+    spooler.data[L"Wide"].claimedSize = 8;
+    spooler.data[L"Huge"] = zxtest::TextValue(L"x");
+    spooler.data[L"Huge"].claimedSize = 0x7FFFFFFE;
     VPrinterAccess access(L"P", nullptr);
 
     zx::unique_variant value;
@@ -27,56 +33,39 @@ TEST(PrinterAccess, ReadsNumbersAsTheirLow16BitsTextWithOrWithoutTerminatorAndNo
     EXPECT_EQ(Read::Read, access.ReadValue(L"Binary", value));
     EXPECT_EQ(VT_EMPTY, value.type());
     EXPECT_EQ(Read::Missing, access.ReadValue(L"Absent", value));
-}
-
-TEST(PrinterAccess, ValuesThatCannotBeFetchedOrLieAboutTheirSizeFail) {
-    zxtest::FakeSpooler spooler;
-    spooler.data[L"Broken"] = zxtest::TextValue(L"text");
-    spooler.data[L"Broken"].unreadable = true;
-    spooler.data[L"Wide"] = zxtest::NumberValue(5);
-    spooler.data[L"Wide"].claimedSize = 8;
-    spooler.data[L"Huge"] = zxtest::TextValue(L"x");
-    spooler.data[L"Huge"].claimedSize = 0x7FFFFFFE;
-    VPrinterAccess access(L"P", nullptr);
-    zx::unique_variant value;
     for (const wchar_t* name : {L"Broken", L"Wide", L"Huge"}) {
         EXPECT_EQ(Read::Failed, access.ReadValue(name, value)) << name;
         EXPECT_EQ(VT_EMPTY, value.type());
     }
 }
 
-TEST(PrinterAccess, WritesTextWithoutTerminatorBooleansAsFourBytesAndNothingElse) {
-    zxtest::FakeSpooler spooler;
-    VPrinterAccess access(L"P", nullptr);
-    EXPECT_TRUE(access.WriteText(L"CID", L"abc"));
-    EXPECT_EQ(6u, spooler.data[L"CID"].bytes.size());
-    EXPECT_TRUE(access.WriteNumber(L"True", VARIANT_TRUE));
-    EXPECT_EQ(std::optional<DWORD>(0xFFFF), spooler.Number(L"True"));
-
-    VARIANT other;
-    other.vt = VT_I4;
-    other.lVal = 1;
-    EXPECT_FALSE(access.WriteValue(L"Number", other));
-    other.vt = VT_BSTR;
-    other.bstrVal = nullptr;
-    EXPECT_FALSE(access.WriteValue(L"Null", other));
-    EXPECT_EQ(2u, spooler.data.size());
-}
-
-TEST(PrinterAccess, ARefusedWriteIsTriedOnceMoreThroughAHandleWithFullAccess) {
+// The restricted handle has each write refused once; it is tried again through a handle with
+// full access, which is closed again.
+TEST(PrinterAccess, WritesTextWithoutTerminatorBooleansAsFourBytesAndNothingElseRetryingRefusedWrites) {
     zxtest::FakeSpooler spooler;
     const HANDLE restricted = spooler.OpenRestricted();
     {
         VPrinterAccess access(L"P", restricted);
-        EXPECT_TRUE(access.WriteNumber(L"Duplex", 1));
-        EXPECT_EQ(std::vector<std::wstring>{L"P"}, spooler.openedNames);
-        EXPECT_EQ(std::vector<std::wstring>{L"Duplex"}, spooler.refusedWrites);
-        EXPECT_EQ(std::optional<DWORD>(1), spooler.Number(L"Duplex"));
-        EXPECT_EQ(1u, spooler.handles.size());  // the second handle is closed again
+        EXPECT_TRUE(access.WriteText(L"CID", L"abc"));
+        EXPECT_EQ(6u, spooler.data[L"CID"].bytes.size());
+        EXPECT_TRUE(access.WriteNumber(L"Duplex", VARIANT_TRUE));
+        EXPECT_EQ(std::optional<DWORD>(0xFFFF), spooler.Number(L"Duplex"));
+        EXPECT_EQ((std::vector<std::wstring>{L"P", L"P"}), spooler.openedNames);
+        EXPECT_EQ((std::vector<std::wstring>{L"CID", L"Duplex"}), spooler.refusedWrites);
+        EXPECT_EQ(1u, spooler.handles.size());
+
+        VARIANT other;
+        other.vt = VT_I4;
+        other.lVal = 1;
+        EXPECT_FALSE(access.WriteValue(L"Number", other));
+        other.vt = VT_BSTR;
+        other.bstrVal = nullptr;
+        EXPECT_FALSE(access.WriteValue(L"Null", other));
+        EXPECT_EQ(2u, spooler.data.size());
 
         spooler.refuseAllWrites = true;
         EXPECT_FALSE(access.WriteNumber(L"Duplex", 0));
-        EXPECT_EQ(std::optional<DWORD>(1), spooler.Number(L"Duplex"));
+        EXPECT_EQ(std::optional<DWORD>(0xFFFF), spooler.Number(L"Duplex"));
     }
     EXPECT_EQ(1u, spooler.handles.size());  // the creator's handle stays the creator's
 }
@@ -85,8 +74,7 @@ TEST(PrinterAccess, PrinterInformationNeedsAHandleAndADriver) {
     zxtest::FakeSpooler spooler;
     {
         VPrinterAccess access(L"P", nullptr);
-        ASSERT_NE(nullptr, access.GetPrinterInfo());
-        EXPECT_STREQ(L"USB001", access.GetPrinterInfo()->pPortName);
+        EXPECT_NE(nullptr, access.GetPrinterInfo());  // its fields are read by the port tests
         spooler.driverName.clear();
         EXPECT_EQ(nullptr, access.GetPrinterInfo());
     }

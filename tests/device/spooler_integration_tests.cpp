@@ -87,18 +87,10 @@ TEST_F(RealSpoolerTest, AColourDeviceIsAskedOnceAndItsAnswersLiveInTheDriverData
     RequeryDevice(kPrinter, core.CoreHelper(), holder);
     ASSERT_NE(nullptr, holder.client);
     EXPECT_EQ(kMonoDevice, AccessoriesOf(holder.client->GetData()));
+    EXPECT_EQ(0, holder.client->GetData()->GetModelFamily());
     EXPECT_EQ(kPortUsb, holder.client->PrinterAccess().PortKind());
     EXPECT_EQ(std::optional<std::wstring>(L"0"), Stored(L"ColorPrinting"));
     EXPECT_EQ(std::optional<std::wstring>(L"CID:TORVELL_ZX1200"), Stored(L"CID"));
-}
-
-TEST_F(RealSpoolerTest, AMonochromeDeviceWithoutAccessories) {
-    InstallWithDevice(L"mono-basic.profile");
-    const IBiDiData* data = Client()->GetData();
-    EXPECT_EQ(kMonoDevice, AccessoriesOf(data));
-    EXPECT_EQ(0, data->GetModelFamily());
-    EXPECT_EQ(std::optional<std::wstring>(L"0"), Stored(L"PhotoTray"));
-    EXPECT_EQ(std::optional<std::wstring>(L"1"), Stored(L"BidiQuery"));
 }
 
 TEST_F(RealSpoolerTest, AnUnreachableDeviceGivesTheSampleDefaultsMarkedUnreliable) {
