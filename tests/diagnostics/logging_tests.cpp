@@ -2,10 +2,10 @@
 // composition, the size limit, the queue, the header, function traces and the translation of
 // processor faults.
 #include "diagnostics/file_version_info.h"
-#include "drvhost/printer_install.h"
 #include "diagnostics/log_function.h"
 #include "diagnostics/log_module.h"
 #include "diagnostics/win32_exception.h"
+#include "drvhost/printer_install.h"
 
 #include <gtest/gtest.h>
 
