@@ -1,7 +1,7 @@
 // The class factory and the logic behind the module's two exports.
 #pragma once
 
-#include "core/unknown.h"
+#include "util/unknown.h"
 
 #include <unknwn.h>
 

@@ -1,7 +1,7 @@
 // The module entry point and the DLL's two exports. Everything else is reached through them.
 #include "core/class_factory.h"
-#include "core/module_state.h"
 #include "diagnostics/log_module.h"
+#include "util/module_instance.h"
 
 #include <windows.h>
 

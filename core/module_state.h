@@ -1,13 +1,10 @@
-// Module-wide state of the COM server: the instance handle stored by the module entry point and
-// the lock count that only IClassFactory::LockServer changes.
+// The COM server's lock count, which only IClassFactory::LockServer changes and only
+// DllCanUnloadNow reads.
 #pragma once
 
 #include <windows.h>
 
 namespace zx {
-
-HINSTANCE ModuleInstance() noexcept;
-void SetModuleInstance(HINSTANCE instance) noexcept;
 
 void LockModule() noexcept;
 void UnlockModule() noexcept;

@@ -1,7 +1,7 @@
 #include "core/ui_interface.h"
 
 #include "core/color_profile.h"
-#include "core/resource_libraries.h"
+#include "resources/resource_libraries.h"
 #include "settings/private_devmode.h"
 #include "util/result.h"
 

@@ -4,11 +4,12 @@
 // subsystems that own it.
 #pragma once
 
-#include "core/unknown.h"
+#include "util/unknown.h"
 #include "ddk/prcomoem.h"
+#include "settings/ui_properties.h"
 #include "util/scoped.h"
 
-class VUIInterfaceImpl : public CUnknown<IPrintOemUI> {
+class VUIInterfaceImpl : public CUnknown<IPrintOemUI>, private IUIPlugin {
 public:
     VUIInterfaceImpl();
     ~VUIInterfaceImpl() override;
@@ -37,8 +38,10 @@ public:
     STDMETHODIMP UpdateExternalFonts(HANDLE hPrinter, HANDLE hHeap, PWSTR pwstrCartridges) override;
 
     // The helper interfaces taken in PublishDriverInterface; null until then.
-    IPrintOemDriverUI* DriverUI() const noexcept { return m_driverUI.Get(); }
-    IPrintCoreHelper* CoreHelper() const noexcept { return m_coreHelper.Get(); }
+    IPrintOemDriverUI* DriverUI() const noexcept override { return m_driverUI.Get(); }
+    IPrintCoreHelper* CoreHelper() const noexcept override { return m_coreHelper.Get(); }
+    // This object as the property-sheet callbacks find it in the parameter block's user data.
+    IUIPlugin* AsUiPlugin() noexcept { return this; }
 
     // Number of UI plug-in objects alive in the process.
     static long LiveCount() noexcept;

@@ -1,6 +1,7 @@
 #include "device/data_map.h"
 
-#include "device/com_scope.h"
+#include "util/com_scope.h"
+#include "util/msxml_ids.h"
 #include "util/scoped.h"
 
 #include <msxml2.h>
@@ -9,10 +10,6 @@
 
 namespace zx {
 namespace {
-
-// MSXML 6 has no import library in this toolchain.
-constexpr CLSID kDomDocument60 = {0x88d96a05, 0xf192, 0x11d4, {0xa6, 0x5f, 0x00, 0x40, 0x96, 0x32, 0x51, 0xe5}};
-constexpr IID kIXMLDOMDocument = {0x2933bf81, 0x7b36, 0x11d2, {0xb2, 0x0e, 0x00, 0xc0, 0x4f, 0x98, 0x3e, 0x60}};
 
 enum class MapKind { Xml, Oid, Ipp };
 
@@ -48,8 +45,8 @@ std::wstring BaseExpression(MapKind kind, const std::wstring& protocol) {
 
 ComPtr<IXMLDOMDocument> LoadDataMap(const std::wstring& path) {
     ComPtr<IXMLDOMDocument> document;
-    if (FAILED(::CoCreateInstance(kDomDocument60, nullptr, CLSCTX_INPROC_SERVER, kIXMLDOMDocument,
-                                  reinterpret_cast<void**>(document.GetAddressOf())))) {
+    if (FAILED(::CoCreateInstance(msxml6::CLSID_DOMDocument60, nullptr, CLSCTX_INPROC_SERVER,
+                                  msxml6::IID_IXMLDOMDocument, reinterpret_cast<void**>(document.GetAddressOf())))) {
         return nullptr;
     }
     document->put_async(VARIANT_FALSE);

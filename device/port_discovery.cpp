@@ -46,7 +46,7 @@ int32_t KindOfPort(const std::wstring& portName) {
 HANDLE OpenTransceiver(const VPrinterAccess& printer, const std::wstring& portName) {
     std::wstring name = printer.ServerName() + L",XcvPort " + portName;
     HANDLE xcv = nullptr;
-    return Platform().openPrinter(name.data(), &xcv, nullptr) ? xcv : nullptr;
+    return CurrentSpoolerPlatform().openPrinter(name.data(), &xcv, nullptr) ? xcv : nullptr;
 }
 
 // A fixed-size text field of a monitor's record, which need not hold a terminator.
@@ -70,8 +70,8 @@ bool AskPortConfiguration(const VPrinterAccess& printer, BYTE* output, DWORD out
     request.version = 1;
     needed = 0;
     status = ERROR_GEN_FAILURE;
-    return Platform().xcvData(printer.XcvHandle(), kXcvGetConfigInfo, reinterpret_cast<BYTE*>(&request),
-                              sizeof(request), output, outputSize, &needed, &status) != FALSE;
+    return CurrentSpoolerPlatform().xcvData(printer.XcvHandle(), kXcvGetConfigInfo, reinterpret_cast<BYTE*>(&request),
+                                            sizeof(request), output, outputSize, &needed, &status) != FALSE;
 }
 
 // The re-discovery monitor asked for a larger record: ask again with one of that size and
@@ -105,7 +105,7 @@ std::wstring GetPortDescription(const std::wstring& portName) {
     DWORD count = 0;
     const std::vector<BYTE> block = QuerySpoolerBlock(
         [&count](BYTE* buffer, DWORD size, DWORD* needed) {
-            return Platform().enumPorts(nullptr, 2, buffer, size, needed, &count);
+            return CurrentSpoolerPlatform().enumPorts(nullptr, 2, buffer, size, needed, &count);
         },
         0);
     if (block.empty() || count > block.size() / sizeof(PORT_INFO_2W)) return {};

@@ -41,8 +41,8 @@ std::optional<StoredForm> StoredFormOf(const VARIANT& value) {
 
 DWORD StoreValue(HANDLE printer, const wchar_t* name, const StoredForm& form) {
     const BYTE* data = form.type == REG_DWORD ? reinterpret_cast<const BYTE*>(&form.number) : form.data;
-    return zx::Platform().setPrinterDataEx(printer, kDriverDataKey, name, form.type, const_cast<BYTE*>(data),
-                                           form.size);
+    return zx::CurrentSpoolerPlatform().setPrinterDataEx(printer, kDriverDataKey, name, form.type,
+                                                         const_cast<BYTE*>(data), form.size);
 }
 
 }  // namespace
@@ -56,17 +56,14 @@ VPrinterAccess::VPrinterAccess(const wchar_t* printerName, HANDLE printer)
 }
 
 zx::unique_spooler_handle VPrinterAccess::OpenWithFullAccess() const {
-    std::wstring name = m_printerName;
     PRINTER_DEFAULTSW defaults{nullptr, nullptr, PRINTER_ALL_ACCESS};
-    zx::unique_spooler_handle printer;
-    if (!zx::Platform().openPrinter(name.data(), printer.put(), &defaults)) printer.release();
-    return printer;
+    return zx::OpenPrinterThroughPlatform(m_printerName.c_str(), &defaults);
 }
 
 VPrinterAccess::ValueRead VPrinterAccess::ReadValue(const wchar_t* name, zx::unique_variant& value) {
     value.reset();
     DWORD type = REG_NONE, needed = 0;
-    if (zx::Platform().getPrinterData(m_printer, const_cast<LPWSTR>(name), &type, nullptr, 0, &needed) !=
+    if (zx::CurrentSpoolerPlatform().getPrinterData(m_printer, const_cast<LPWSTR>(name), &type, nullptr, 0, &needed) !=
         ERROR_MORE_DATA) {
         return ValueRead::Missing;
     }
@@ -82,8 +79,9 @@ VPrinterAccess::ValueRead VPrinterAccess::ReadText(const wchar_t* name, DWORD si
     if (size > kMaxTextValueBytes) return ValueRead::Failed;
     std::vector<wchar_t> text(size / sizeof(wchar_t) + 1, L'\0');
     DWORD type = REG_NONE, needed = 0;
-    if (zx::Platform().getPrinterData(m_printer, const_cast<LPWSTR>(name), &type, reinterpret_cast<BYTE*>(text.data()),
-                                      size, &needed) != ERROR_SUCCESS) {
+    if (zx::CurrentSpoolerPlatform().getPrinterData(m_printer, const_cast<LPWSTR>(name), &type,
+                                                    reinterpret_cast<BYTE*>(text.data()), size,
+                                                    &needed) != ERROR_SUCCESS) {
         return ValueRead::Failed;
     }
     text.back() = L'\0';
@@ -95,8 +93,9 @@ VPrinterAccess::ValueRead VPrinterAccess::ReadText(const wchar_t* name, DWORD si
 
 VPrinterAccess::ValueRead VPrinterAccess::ReadNumber(const wchar_t* name, zx::unique_variant& value) const {
     DWORD number = 0, type = REG_NONE, needed = 0;
-    if (zx::Platform().getPrinterData(m_printer, const_cast<LPWSTR>(name), &type, reinterpret_cast<BYTE*>(&number),
-                                      sizeof(number), &needed) != ERROR_SUCCESS) {
+    if (zx::CurrentSpoolerPlatform().getPrinterData(m_printer, const_cast<LPWSTR>(name), &type,
+                                                    reinterpret_cast<BYTE*>(&number), sizeof(number),
+                                                    &needed) != ERROR_SUCCESS) {
         return ValueRead::Failed;
     }
     VARIANT* out = value.get();
@@ -134,7 +133,7 @@ const PRINTER_INFO_2W* VPrinterAccess::GetPrinterInfo() {
     if (m_printer == INVALID_HANDLE_VALUE) return nullptr;
     m_printerInfo = zx::QuerySpoolerBlock(
         [this](BYTE* buffer, DWORD size, DWORD* needed) {
-            return zx::Platform().getPrinter(m_printer, 2, buffer, size, needed);
+            return zx::CurrentSpoolerPlatform().getPrinter(m_printer, 2, buffer, size, needed);
         },
         sizeof(PRINTER_INFO_2W));
     if (m_printerInfo.empty()) return nullptr;

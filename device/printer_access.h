@@ -2,8 +2,7 @@
 // (the key "PrinterDriverData"), with what port discovery learnt about the printer's port.
 #pragma once
 
-#include "device/device_platform.h"
-#include "util/scoped.h"
+#include "util/spooler_platform.h"
 
 #include <cstdint>
 #include <string>

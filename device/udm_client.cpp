@@ -1,6 +1,7 @@
 #include "device/udm_client.h"
 
 #include "device/port_discovery.h"
+#include "resources/resource_libraries.h"
 #include "settings/feature_keywords.h"
 #include "settings/option_access.h"
 
@@ -28,11 +29,7 @@ const AddressSource* AddressSourceFor(int32_t kind) {
     return nullptr;
 }
 
-bool IsVersion6OrLater() {
-    OSVERSIONINFOW version{};
-    version.dwOSVersionInfoSize = sizeof(version);
-    return zx::Platform().getVersionEx(&version) && version.dwMajorVersion >= 6;
-}
+bool IsVersion6OrLater() { return zx::GetSystemMajorVersion() >= 6; }
 
 template <typename Function>
 Function EntryPoint(HMODULE module, const char* name) {
@@ -78,21 +75,7 @@ HMODULE VUDMClient::LoadHelperLibrary(const wchar_t* fileName, zx::unique_hmodul
     return module.get();
 }
 
-std::wstring VUDMClient::GetDriverDirectory() {
-    const HANDLE printer = m_printer.PrinterHandle();
-    const std::vector<BYTE> block = zx::QuerySpoolerBlock(
-        [printer](BYTE* buffer, DWORD size, DWORD* needed) {
-            return zx::Platform().getPrinterDriver(printer, nullptr, 2, buffer, size, needed);
-        },
-        sizeof(DRIVER_INFO_2W));
-    if (block.empty()) return {};
-    const std::wstring_view path =
-        zx::TextInBlock(block, reinterpret_cast<const DRIVER_INFO_2W*>(block.data())->pDriverPath);
-    const size_t slash = path.find_last_of(L'\\');
-    // The directory has to fit a path buffer of MAX_PATH characters with its terminator.
-    if (slash == std::wstring_view::npos || slash + 1 >= MAX_PATH) return {};
-    return std::wstring(path.substr(0, slash + 1));
-}
+std::wstring VUDMClient::GetDriverDirectory() { return zx::PrinterDriverDirectory(m_printer.PrinterHandle()); }
 
 bool VUDMClient::CreateDeviceAddress(zx::unique_device_address& address) {
     address.reset();

@@ -1,8 +1,9 @@
 // The IP address of a WSD printer, from the Plug and Play function instances that Function
 // Discovery lists: the instance whose printer port is this printer's port gives its PnP-X
 // service address, an HTTP address whose host part is the device's IP address.
-#include "device/com_scope.h"
+#include "device/discovery_platform.h"
 #include "device/port_discovery.h"
+#include "util/com_scope.h"
 
 #include <cwctype>
 #include <optional>
@@ -93,7 +94,8 @@ std::optional<std::wstring> ServiceAddressOf(IFunctionInstance* instance, const 
 // Instances are walked from the last to the first; the first that serves the port wins.
 std::optional<std::wstring> FindServiceAddress(const std::wstring& portName) {
     ComPtr<IFunctionDiscovery> discovery;
-    if (FAILED(Platform().createFunctionDiscovery(discovery.GetAddressOf())) || !discovery) return std::nullopt;
+    if (FAILED(CurrentDiscoveryPlatform().createFunctionDiscovery(discovery.GetAddressOf())) || !discovery)
+        return std::nullopt;
     ComPtr<IFunctionInstanceCollectionQuery> query;
     if (FAILED(discovery->CreateInstanceCollectionQuery(kCategoryPnp, nullptr, TRUE, nullptr, nullptr,
                                                         query.GetAddressOf())) ||

@@ -1,6 +1,6 @@
 #include "diagnostics/log_module.h"
 
-#include "core/module_state.h"
+#include "util/module_instance.h"
 #include "diagnostics/external_monitor.h"
 #include "diagnostics/file_version_info.h"
 #include "diagnostics/log_function.h"

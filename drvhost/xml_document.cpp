@@ -1,6 +1,7 @@
 #include "drvhost/xml_document.h"
 
 #include "drvhost/text.h"
+#include "util/msxml_ids.h"
 #include "util/scoped.h"
 
 #include <objbase.h>
@@ -10,10 +11,6 @@
 
 namespace drvhost {
 namespace {
-
-// MSXML 6 has no import library in this toolchain.
-constexpr CLSID kDomDocument60 = {0x88d96a05, 0xf192, 0x11d4, {0xa6, 0x5f, 0x00, 0x40, 0x96, 0x32, 0x51, 0xe5}};
-constexpr IID kIXMLDOMDocument2 = {0x2933bf95, 0x7b36, 0x11d2, {0xb2, 0x0e, 0x00, 0xc0, 0x4f, 0x98, 0x3e, 0x60}};
 
 std::string ParseErrorOf(IXMLDOMDocument2* document) {
     ComPtr<IXMLDOMParseError> error;
@@ -32,8 +29,8 @@ std::string ParseErrorOf(IXMLDOMDocument2* document) {
 
 ComPtr<IXMLDOMDocument2> ParseXml(const std::wstring& text) {
     ComPtr<IXMLDOMDocument2> document;
-    HRESULT hr = ::CoCreateInstance(kDomDocument60, nullptr, CLSCTX_INPROC_SERVER, kIXMLDOMDocument2,
-                                    reinterpret_cast<void**>(document.GetAddressOf()));
+    HRESULT hr = ::CoCreateInstance(msxml6::CLSID_DOMDocument60, nullptr, CLSCTX_INPROC_SERVER,
+                                    msxml6::IID_IXMLDOMDocument2, reinterpret_cast<void**>(document.GetAddressOf()));
     if (FAILED(hr)) throw std::runtime_error("MSXML 6 is not available (" + std::to_string(hr) + ")");
     document->put_async(VARIANT_FALSE);
     VARIANT_BOOL loaded = VARIANT_FALSE;

@@ -1,6 +1,5 @@
 #include "printschema/bidi_converter.h"
 
-#include "printschema/booklet_converter.h"
 #include "printschema/print_schema_names.h"
 #include "printschema/ticket_writer.h"
 #include "util/result.h"

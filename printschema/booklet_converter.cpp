@@ -10,7 +10,6 @@ namespace {
 
 constexpr DWORD kBindingNone = 14;
 constexpr DWORD kBindingOptionCount = 15;
-const HRESULT kNotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
 
 // Print Schema binding options by index; the DEVMODE table uses the same numbers.
 constexpr const wchar_t* kBindingNames[kBindingOptionCount] = {L"Bale",
@@ -74,7 +73,7 @@ HRESULT VBookletDMPrintticketConv::ReadPrintTicket(IXMLDOMDocument2* ticket, Boo
     VBookletPrintTicketHandler handler(ticket);
     BookletSettings entry{};
     HRESULT hr = handler.ReadBinding(entry);
-    if (hr == kNotFound) {
+    if (hr == zx::kNotFound) {
         entry.bindingOption = kBindingNone;
         hr = S_OK;
     }
@@ -103,15 +102,3 @@ HRESULT VBookletDMPrintticketConv::WritePrintTicket(const BookletSettings& setti
 HRESULT VBookletDMPrintticketConv::CompletePrintCapabilities(IXMLDOMDocument2*, IXMLDOMDocument2* capabilities) {
     return zx::CheckCapabilitiesDocument(capabilities);
 }
-
-namespace zx {
-
-HRESULT CheckCapabilitiesDocument(IXMLDOMDocument2* capabilities) {
-    if (capabilities == nullptr) return E_POINTER;
-    return GuardConverter([capabilities] {
-        VPrintCapabilityHandler handler(capabilities);
-        return S_OK;
-    });
-}
-
-}  // namespace zx

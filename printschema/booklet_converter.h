@@ -22,11 +22,3 @@ protected:
                          ULONG privateSize) override;
     HRESULT WritePrintTicket(const BookletSettings& settings, IXMLDOMDocument2* ticket) override;
 };
-
-namespace zx {
-
-// Builds and drops a PrintCapabilities handler on the document: that binds the document's query
-// settings and checks that its root declares the framework namespace; nothing is added.
-HRESULT CheckCapabilitiesDocument(IXMLDOMDocument2* capabilities);
-
-}  // namespace zx

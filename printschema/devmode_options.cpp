@@ -1,6 +1,6 @@
 #include "printschema/devmode_options.h"
 
-#include "util/exceptions.h"
+#include "util/result.h"
 
 #include <cstring>
 
@@ -9,7 +9,6 @@ namespace {
 
 constexpr ULONG kPublicDevModeSize = sizeof(DEVMODEW);
 constexpr size_t kOptionCapacity = 256;  // an option keyword and its terminator
-const HRESULT kNotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
 
 // The core driver's keyword, copied into a bounded buffer before it is compared.
 void CopyOption(PCSTR option, char (&copy)[kOptionCapacity]) {
@@ -24,10 +23,10 @@ HRESULT LookupDevModeOption(IPrintCoreHelper* helper, const DEVMODEW* devMode, U
                             std::span<const DevModeOption> table, DWORD* value) {
     if (devMode == nullptr || feature == nullptr || table.data() == nullptr || value == nullptr) return E_POINTER;
     if (devModeSize < kPublicDevModeSize) return E_INVALIDARG;
-    if (table.empty() || helper == nullptr) return kNotFound;
+    if (table.empty() || helper == nullptr) return zx::kNotFound;
 
     PCSTR option = nullptr;
-    if (FAILED(helper->GetOption(devMode, devModeSize, feature, &option)) || option == nullptr) return kNotFound;
+    if (FAILED(helper->GetOption(devMode, devModeSize, feature, &option)) || option == nullptr) return zx::kNotFound;
     char copy[kOptionCapacity];
     CopyOption(option, copy);
     for (const DevModeOption& row : table) {
@@ -36,7 +35,7 @@ HRESULT LookupDevModeOption(IPrintCoreHelper* helper, const DEVMODEW* devMode, U
             return S_OK;
         }
     }
-    return kNotFound;
+    return zx::kNotFound;
 }
 
 PCSTR DevModeKeywordFor(std::span<const DevModeOption> table, DWORD value) noexcept {

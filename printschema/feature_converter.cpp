@@ -1,8 +1,9 @@
 #include "printschema/feature_converter.h"
 
-#include <exception>
-
+#include "printschema/ticket_handler.h"
 #include "util/result.h"
+
+#include <exception>
 
 namespace zx {
 
@@ -31,6 +32,14 @@ HRESULT CheckDevModeArguments(const void* devMode, const void* privateBlock, ULO
     if (devMode == nullptr || privateBlock == nullptr) return E_POINTER;
     if (devModeSize < kPublicDevModeSize || privateSize == 0) return E_INVALIDARG;
     return S_OK;
+}
+
+HRESULT CheckCapabilitiesDocument(IXMLDOMDocument2* capabilities) {
+    if (capabilities == nullptr) return E_POINTER;
+    return GuardConverter([capabilities] {
+        VPrintCapabilityHandler handler(capabilities);
+        return S_OK;
+    });
 }
 
 }  // namespace zx

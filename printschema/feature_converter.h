@@ -44,6 +44,11 @@ HRESULT CheckConversionArguments(const void* devMode, const void* privateBlock, 
 HRESULT CheckDevModeArguments(const void* devMode, const void* privateBlock, ULONG devModeSize,
                               ULONG privateSize) noexcept;
 
+// The capabilities step of the converters that add nothing to PrintCapabilities: builds and drops
+// a PrintCapabilities handler on the document, which binds the document's query settings and
+// checks that its root declares the framework namespace.
+HRESULT CheckCapabilitiesDocument(IXMLDOMDocument2* capabilities);
+
 }  // namespace zx
 
 // The fixed order of steps, for one settings record type: a conversion from PrintTicket to

@@ -29,7 +29,7 @@ ProcessInspection g_current = kPlatform;
 
 const ProcessInspection& CurrentProcessInspection() noexcept { return g_current; }
 
-const ProcessInspection& PlatformProcessInspection() noexcept { return kPlatform; }
+const ProcessInspection& RealProcessInspection() noexcept { return kPlatform; }
 
 ProcessInspection ReplaceProcessInspection(const ProcessInspection& inspection) noexcept {
     const ProcessInspection previous = g_current;

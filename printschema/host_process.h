@@ -26,6 +26,6 @@ struct ProcessInspection {
 
 // The table the plug-in uses: the platform's functions unless a test replaced it.
 const ProcessInspection& CurrentProcessInspection() noexcept;
-const ProcessInspection& PlatformProcessInspection() noexcept;
+const ProcessInspection& RealProcessInspection() noexcept;
 // Replaces the whole table and returns the one it replaces.
 ProcessInspection ReplaceProcessInspection(const ProcessInspection& inspection) noexcept;

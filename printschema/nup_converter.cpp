@@ -1,6 +1,5 @@
 #include "printschema/nup_converter.h"
 
-#include "printschema/booklet_converter.h"
 #include "printschema/devmode_options.h"
 #include "printschema/print_schema_names.h"
 #include "printschema/ticket_writer.h"
@@ -13,7 +12,6 @@ namespace {
 
 using PrintSchema::Prefix::Framework;
 using PrintSchema::Prefix::Private;
-const HRESULT kNotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
 
 // By entry index: the Print Schema feature and the DEVMODE features of pages and their order.
 constexpr const wchar_t* kNUpFeatures[] = {L"JobNUpAllDocumentsContiguously", L"DocumentNUp"};
@@ -29,15 +27,15 @@ public:
     using VTicketWriter::VTicketWriter;
 
     // The first N-up feature of the ticket that shows more than one page per sheet, with its
-    // direction; HRESULT_FROM_WIN32(ERROR_NOT_FOUND) when the ticket has none.
+    // direction; zx::kNotFound when the ticket has none.
     HRESULT ReadNUp(NUpEntry& entry) {
-        HRESULT hr = kNotFound;
+        HRESULT hr = zx::kNotFound;
         for (DWORD feature = 0; feature < std::size(kNUpFeatures); ++feature) {
             zx::unique_bstr direction;  // an absent feature has no direction either: not found
             INT32 pages = 0;
             hr = GetSubFeatureOption(kNUpFeatures[feature], L"PresentationDirection", direction.put());
             if (SUCCEEDED(hr)) hr = GetScoredPropertyInt(kNUpFeatures[feature], L"PagesPerSheet", &pages);
-            if (FAILED(hr) && hr != kNotFound) return hr;
+            if (FAILED(hr) && hr != zx::kNotFound) return hr;
             if (FAILED(hr) || pages <= 1) continue;
             entry.featureIndex = feature;
             entry.pagesPerSheet = static_cast<DWORD>(pages);
@@ -133,7 +131,7 @@ HRESULT CNUpDMPTConv::ReadPrintTicket(IXMLDOMDocument2* ticket, NUpSettings& set
     VNUpPrintTicketHandler handler(ticket);
     NUpEntry local{};
     const HRESULT hr = handler.ReadNUp(local);
-    if (hr == kNotFound) {
+    if (hr == zx::kNotFound) {
         for (NUpEntry& entry : settings.entries) entry.pagesPerSheet = 1;
         return S_OK;
     }

@@ -1,10 +1,9 @@
 #include "printschema/paper_size_converter.h"
 
-#include "core/resource_libraries.h"
 #include "printschema/application_detection.h"
-#include "printschema/booklet_converter.h"
 #include "printschema/print_schema_names.h"
 #include "printschema/ticket_writer.h"
+#include "resources/resource_libraries.h"
 #include "settings/feature_keywords.h"
 #include "settings/option_access.h"
 #include "settings/snapping.h"
@@ -157,7 +156,7 @@ private:
         HRESULT hr = ReplacePrivateFeature(L"JobMediaTypePrev", mediaName);
         if (quality) {
             const HRESULT qualityMemory = ReplacePrivateFeature(L"JobOutputQualityPrev", quality);
-            if (qualityMemory != HRESULT_FROM_WIN32(ERROR_NOT_FOUND)) hr = qualityMemory;
+            if (qualityMemory != zx::kNotFound) hr = qualityMemory;
         }
         return hr;
     }

@@ -1,6 +1,6 @@
 #include "printschema/schema_handler.h"
 
-#include "printschema/msxml_ids.h"
+#include "util/msxml_ids.h"
 #include "printschema/print_schema_names.h"
 #include "printschema/string_buffer.h"
 #include "util/result.h"
@@ -67,9 +67,7 @@ zx::unique_bstr VPrintSchemaHandler::Join(const wchar_t* prefix, const wchar_t* 
     return joined.ToBstr();
 }
 
-HRESULT VPrintSchemaHandler::NotFoundIfNothing(HRESULT hr) noexcept {
-    return hr == S_FALSE ? HRESULT_FROM_WIN32(ERROR_NOT_FOUND) : hr;
-}
+HRESULT VPrintSchemaHandler::NotFoundIfNothing(HRESULT hr) noexcept { return hr == S_FALSE ? zx::kNotFound : hr; }
 
 // XPath queries name the framework namespace "psf" until the document's own prefix is known.
 HRESULT VPrintSchemaHandler::BindPrefixes() {
@@ -284,7 +282,7 @@ HRESULT VPrintSchemaHandler::ParameterInitValueText(const wchar_t* parameterName
         if (GetAttributeText(initialiser.Get(), Vocabulary::Name, name.put()) != S_OK) continue;
         if (EqualTexts(name.get(), wanted.get())) return TypedValueText(initialiser.Get(), text);
     }
-    return HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+    return zx::kNotFound;
 }
 
 HRESULT VPrintSchemaHandler::CreateNamedElement(const wchar_t* localName, const wchar_t* nameAttribute,

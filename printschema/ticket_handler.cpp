@@ -71,7 +71,7 @@ HRESULT VPrintTicketHandler::FindRootElement(const wchar_t* rootName, IXMLDOMNod
     if (Document()->get_documentElement(&element) != S_OK || !element || FAILED(element->get_namespaceURI(uri.put())) ||
         FAILED(element->get_baseName(name.put())) || !uri || !name ||
         std::wcscmp(uri.get(), PrintSchema::Uri::Framework) != 0 || std::wcscmp(name.get(), rootName) != 0) {
-        return HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+        return zx::kNotFound;
     }
     return element->QueryInterface(IID_IXMLDOMNode, reinterpret_cast<void**>(root));
 }
@@ -205,7 +205,7 @@ HRESULT VPrintTicketHandler::ReplaceFeatures(const wchar_t* namePrefix, const wc
     ZX_RETURN_HR_IF(E_INVALIDARG, replacement == nullptr);
     long removed = 0;
     ZX_RETURN_IF_FAILED(RemoveFeatures(namePrefix, featureName, removed));
-    if (removed == 0) return HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+    if (removed == 0) return zx::kNotFound;
     return AppendToRoot(PrintSchema::Vocabulary::PrintTicket, replacement);
 }
 

@@ -5,7 +5,7 @@
 // device data), stopping at the first failure.
 #pragma once
 
-#include "core/unknown.h"
+#include "util/unknown.h"
 #include "ddk/prcomoem.h"
 #include "printschema/feature_converter.h"
 #include "util/scoped.h"

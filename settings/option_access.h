@@ -4,6 +4,7 @@
 #pragma once
 
 #include "ddk/prcomoem.h"
+#include "util/result.h"
 
 #include <span>
 #include <string_view>
@@ -16,7 +17,7 @@ inline DWORD DevModeTotalSize(const DEVMODEW* devMode) noexcept {
 }
 
 // The current option of a feature in a DEVMODE of the given size. S_OK with a non-null keyword,
-// or a failure: the helper's own, or HRESULT_FROM_WIN32(ERROR_NOT_FOUND) for a null answer.
+// or a failure: the helper's own, or zx::kNotFound for a null answer.
 inline HRESULT GetOptionOf(IPrintCoreHelper* helper, const DEVMODEW* devMode, DWORD devModeSize, PCSTR feature,
                            PCSTR* option) noexcept {
     *option = nullptr;
@@ -24,7 +25,7 @@ inline HRESULT GetOptionOf(IPrintCoreHelper* helper, const DEVMODEW* devMode, DW
     PCSTR answer = nullptr;
     const HRESULT hr = helper->GetOption(devMode, devModeSize, feature, &answer);
     if (FAILED(hr)) return hr;
-    if (answer == nullptr) return HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+    if (answer == nullptr) return zx::kNotFound;
     *option = answer;
     return hr;
 }

@@ -1,5 +1,7 @@
 #include "settings/option_items.h"
 
+#include "util/result.h"
+
 #include <cstring>
 
 namespace zx {
@@ -53,7 +55,7 @@ HRESULT GetFeatureOptItem(const OEMCUIPPARAM* params, PCSTR feature, POPTITEM* i
         if (keyword == nullptr) {
             recorded = E_FAIL;
         } else if (std::strncmp(keyword, feature, wantedLength) != 0) {
-            recorded = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+            recorded = zx::kNotFound;
         } else {
             *item = &candidate;
             return S_OK;

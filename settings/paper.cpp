@@ -1,9 +1,11 @@
 #include "settings/paper.h"
 
+#include "resources/paper_names.h"
 #include "settings/feature_keywords.h"
 #include "settings/option_access.h"
 #include "settings/option_items.h"
-#include "ui/paper_names.h"
+
+#include <cstring>
 
 namespace zx {
 namespace {
@@ -12,6 +14,16 @@ bool DisplayNamesMatch(const wchar_t* name, const OPTPARAM& option) noexcept {
     // The common UI also accepts resource numbers as display names; those never match a text.
     if (option.pData == nullptr || IS_INTRESOURCE(option.pData)) return false;
     return ::CompareStringOrdinal(name, -1, option.pData, -1, TRUE) == CSTR_EQUAL;
+}
+
+// The option at the paper index: the index counts the options without CUSTOMSIZE.
+PCSTR PaperKeywordAt(std::span<const PCSTR> options, DWORD paperIndex) noexcept {
+    DWORD position = 0;
+    for (PCSTR option : options) {
+        if (KeywordIs(option, Option::CustomSize)) continue;
+        if (position++ == paperIndex) return option;
+    }
+    return nullptr;
 }
 
 }  // namespace
@@ -34,6 +46,17 @@ DWORD CurrentPaperIndex(IPrintCoreHelper* helper) noexcept {
 
 bool IsCustomPaperSize(IPrintCoreHelper* helper) noexcept {
     return KeywordIs(CurrentOption(helper, Feature::PaperSize), Option::CustomSize);
+}
+
+bool PaperDisplayName(IPrintCoreHelper* helper, DWORD paperIndex, UiString& text) noexcept {
+    const PCSTR keyword = PaperKeywordAt(FeatureOptions(helper, Feature::PaperSize), paperIndex);
+    if (keyword == nullptr) return false;
+    const std::optional<UINT> stringId = PaperStringId(keyword);
+    if (!stringId) return false;
+    UiString name;
+    if (LoadUiString(*stringId, name) == 0) return false;
+    std::memcpy(text, name, sizeof(UiString));
+    return true;
 }
 
 LONG PaperItemPosition(const OEMCUIPPARAM* params, IPrintCoreHelper* helper, DWORD paperIndex) noexcept {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "ddk/prcomoem.h"
+#include "resources/resource_libraries.h"
 
 #include <span>
 
@@ -17,6 +18,11 @@ DWORD CurrentPaperIndex(IPrintCoreHelper* helper) noexcept;
 
 // True when the current PaperSize option is exactly CUSTOMSIZE.
 bool IsCustomPaperSize(IPrintCoreHelper* helper) noexcept;
+
+// The display name of the paper with the given paper index. True when a name was copied into
+// `text`; otherwise `text` is left as it was (unknown paper, keyword not in the paper
+// display-name table, or text missing from the library).
+bool PaperDisplayName(IPrintCoreHelper* helper, DWORD paperIndex, UiString& text) noexcept;
 
 // The position, in the PaperSize item's options, of the first option whose display name equals
 // the display name of the paper with that index, compared in upper case; 0 when the item is

@@ -1,6 +1,5 @@
 #include "settings/ui_properties.h"
 
-#include "core/ui_interface.h"
 #include "settings/feature_keywords.h"
 #include "settings/option_items.h"
 #include "settings/paper.h"
@@ -140,7 +139,7 @@ void VUICallbackContext::TakeParams(POEMCUIPPARAM params) noexcept {
     AttachSheet(params);
     if (params == nullptr) return;
     SetPrivateDevMode(static_cast<VPrivateDevMode*>(params->pOEMDM));
-    m_uiObject = static_cast<VUIInterfaceImpl*>(params->pOEMUserData);
+    m_uiObject = zx::UiPluginOf(params);
 }
 
 POPTITEM VUICallbackContext::CurrentItem() const noexcept {

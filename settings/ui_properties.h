@@ -12,7 +12,18 @@
 #include <span>
 
 class IBiDiData;
-class VUIInterfaceImpl;
+
+// The UI plug-in object as the settings model sees it: whoever put itself, as this interface, in
+// the parameter block's user-data field when it set up the property sheet, and lends the core
+// driver's helper interfaces to the callbacks.
+class IUIPlugin {
+public:
+    virtual IPrintOemDriverUI* DriverUI() const noexcept = 0;
+    virtual IPrintCoreHelper* CoreHelper() const noexcept = 0;
+
+protected:
+    ~IUIPlugin() = default;
+};
 
 class VUIProperties {
 public:
@@ -101,8 +112,8 @@ private:
 };
 
 // The settings of one call of a property-sheet callback. Built on the stack for the call. The UI
-// plug-in object is the VUIInterfaceImpl pointer that CommonUIProp put in the parameter block's
-// user-data field; the private block is the block's pOEMDM.
+// plug-in object is the IUIPlugin pointer in the parameter block's user-data field; the private
+// block is the block's pOEMDM.
 class VUICallbackContext : public VUIProperties {
 public:
     // The item callbacks: the UI plug-in object lends its helper interfaces; no accessory record.
@@ -114,7 +125,7 @@ public:
     VUICallbackContext& operator=(const VUICallbackContext&) = delete;
 
     PCPSUICBPARAM CallbackParams() const noexcept { return m_callbackParams; }
-    VUIInterfaceImpl* UiObject() const noexcept { return m_uiObject; }
+    IUIPlugin* UiObject() const noexcept { return m_uiObject; }
     IBiDiData* BiDiData() const noexcept { return m_biDiData; }
     // The item whose selection the user just changed; null outside an item callback.
     POPTITEM CurrentItem() const noexcept;
@@ -131,12 +142,19 @@ private:
     void TakeParams(POEMCUIPPARAM params) noexcept;
 
     PCPSUICBPARAM m_callbackParams = nullptr;
-    VUIInterfaceImpl* m_uiObject = nullptr;
+    IUIPlugin* m_uiObject = nullptr;
     IBiDiData* m_biDiData = nullptr;
     DWORD m_twoSidedAvailable = 0;
 };
 
 namespace zx {
+
+// The UI plug-in object that a parameter block carries in its user-data field; null without one.
+inline IUIPlugin* UiPluginOf(const OEMCUIPPARAM* params) noexcept {
+    return params != nullptr ? static_cast<IUIPlugin*>(params->pOEMUserData) : nullptr;
+}
+// Puts the UI plug-in object in the parameter block's user-data field, as UiPluginOf reads it.
+inline void SetUiPluginOf(OEMCUIPPARAM& params, IUIPlugin* plugin) noexcept { params.pOEMUserData = plugin; }
 
 // True for the flags of a property sheet opened without permission to change the job: their
 // low byte is exactly 0x2C.

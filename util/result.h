@@ -22,6 +22,10 @@
 
 namespace zx {
 
+// HRESULT_FROM_WIN32(ERROR_NOT_FOUND): a lookup that found nothing. Every caller that treats "not
+// found" apart from other failures compares with exactly this value.
+inline constexpr HRESULT kNotFound = static_cast<HRESULT>(0x80070490);
+
 // Throws VUtilException for a failed HRESULT; returns a successful one unchanged.
 inline HRESULT ThrowIfFailed(HRESULT hr) {
     if (FAILED(hr)) throw VUtilException(hr);

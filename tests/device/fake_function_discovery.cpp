@@ -124,13 +124,13 @@ FakeProperty PrinterPort(const std::wstring& port) {
 
 FakeFunctionDiscovery::FakeFunctionDiscovery() {
     g_discovery = this;
-    zx::DevicePlatform table = zx::Platform();
+    zx::DiscoveryPlatform table = zx::CurrentDiscoveryPlatform();
     table.createFunctionDiscovery = CreateDiscovery;
-    m_previous = zx::ReplacePlatform(table);
+    m_previous = zx::ReplaceDiscoveryPlatform(table);
 }
 
 FakeFunctionDiscovery::~FakeFunctionDiscovery() {
-    zx::ReplacePlatform(m_previous);
+    zx::ReplaceDiscoveryPlatform(m_previous);
     g_discovery = nullptr;
 }
 

@@ -2,7 +2,7 @@
 // length of a test. Counts its live objects, so that a test can check that all were released.
 #pragma once
 
-#include "device/device_platform.h"
+#include "device/discovery_platform.h"
 
 #include <string>
 #include <vector>
@@ -34,7 +34,7 @@ public:
     static long liveObjects;
 
 private:
-    zx::DevicePlatform m_previous;
+    zx::DiscoveryPlatform m_previous;
 };
 
 }  // namespace zxtest

@@ -126,9 +126,9 @@ BOOL WINAPI FakeXcvData(HANDLE handle, PCWSTR command, PBYTE, DWORD, PBYTE outpu
     return answer.succeeds;
 }
 
-BOOL WINAPI FakeGetVersionEx(LPOSVERSIONINFOW version) {
+bool FakeOsVersion(RTL_OSVERSIONINFOW* version) {
     version->dwMajorVersion = Spooler().majorVersion;
-    return TRUE;
+    return true;
 }
 
 }  // namespace
@@ -137,7 +137,7 @@ FakeSpooler& Spooler() { return *g_spooler; }
 
 FakeSpooler::FakeSpooler() {
     g_spooler = this;
-    zx::DevicePlatform table = zx::RealPlatform();
+    zx::SpoolerPlatform table = zx::RealSpoolerPlatform();
     table.openPrinter = FakeOpenPrinter;
     table.closePrinter = FakeClosePrinter;
     table.getPrinter = FakeGetPrinter;
@@ -146,12 +146,15 @@ FakeSpooler::FakeSpooler() {
     table.setPrinterDataEx = FakeSetPrinterDataEx;
     table.enumPorts = FakeEnumPorts;
     table.xcvData = FakeXcvData;
-    table.getVersionEx = FakeGetVersionEx;
-    m_previous = zx::ReplacePlatform(table);
+    m_previousSpooler = zx::ReplaceSpoolerPlatform(table);
+    zx::ResourcePlatform resources = zx::CurrentResourcePlatform();
+    resources.osVersion = FakeOsVersion;
+    m_previousResources = zx::ReplaceResourcePlatform(resources);
 }
 
 FakeSpooler::~FakeSpooler() {
-    zx::ReplacePlatform(m_previous);
+    zx::ReplaceResourcePlatform(m_previousResources);
+    zx::ReplaceSpoolerPlatform(m_previousSpooler);
     g_spooler = nullptr;
 }
 

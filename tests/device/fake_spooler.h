@@ -1,10 +1,12 @@
 // An in-memory spooler with one printer, "P", put in place of the real one for the length of a
 // test: its driver data, handles with or without the right to change it, a port list and a port
-// monitor that answers from a script; also the system version.
+// monitor that answers from a script; also the system version, which it puts in the resource
+// platform.
 #pragma once
 
-#include "device/device_platform.h"
 #include "device/transceiver_records.h"
+#include "resources/resource_libraries.h"
+#include "util/spooler_platform.h"
 
 #include <deque>
 #include <map>
@@ -67,7 +69,8 @@ public:
     std::optional<std::wstring> Text(const std::wstring& name) const;
 
 private:
-    zx::DevicePlatform m_previous;
+    zx::SpoolerPlatform m_previousSpooler;
+    zx::ResourcePlatform m_previousResources;
 };
 
 FakeSpooler& Spooler();

@@ -174,6 +174,6 @@ TEST_F(ApplicationDetection, TheTrackingFeatureIsRewrittenOnlyWhenTheTicketCarri
 }
 
 TEST(ApplicationDetectionOnThePlatform, ATestProgramWithoutVersionResourceIsUnknown) {
-    ASSERT_EQ(PlatformProcessInspection().getModuleFileName, CurrentProcessInspection().getModuleFileName);
+    ASSERT_EQ(RealProcessInspection().getModuleFileName, CurrentProcessInspection().getModuleFileName);
     EXPECT_STREQ(L"Unknown", DetectPrintingApplication().c_str());
 }

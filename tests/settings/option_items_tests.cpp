@@ -112,7 +112,7 @@ TEST(CommitOptItem, EachFormOnAFakeCoreDriver) {
     EXPECT_EQ(0, driver.updateUISettingCalls);  // no UI plug-in object: only marked changed
     EXPECT_EQ(OPTIF_CHANGED, loose.item.Flags);
 
-    params.pOEMUserData = ui.Get();
+    zx::SetUiPluginOf(params, ui->AsUiPlugin());
     CPSUICBPARAM callback{};
     callback.pCurItem = &loose.item;
     const VUICallbackContext context(&params, &callback);

@@ -1,13 +1,14 @@
 // The string libraries: where they are loaded from, what a missing one does, their lifetime; the
 // message box and the system version; the name tables and paper helpers measured against them.
-#include "core/resource_libraries.h"
 #include "core/ui_interface.h"
+#include "resources/paper_names.h"
+#include "resources/resource_libraries.h"
+#include "resources/resource_names.h"
+#include "resources/string_ids.h"
 #include "settings/paper.h"
 #include "tests/settings/settings_support.h"
 #include "tests/support/fake_core_helper.h"
-#include "ui/paper_names.h"
-#include "ui/resource_names.h"
-#include "ui/string_ids.h"
+#include "util/spooler_platform.h"
 
 #include <gtest/gtest.h>
 
@@ -38,10 +39,15 @@ struct {
 
 HMODULE MadeUpModule(size_t load) { return reinterpret_cast<HMODULE>(0x10000 * load); }
 
+struct TestPlatforms {
+    zx::ResourcePlatform resources;
+    zx::SpoolerPlatform spooler;
+};
+
 // A platform that records library loads and message boxes. With `fakeSpooler` it answers for one
 // printer whose driver file is `fake.driverPath`, fails a query for a null printer, and hands
 // out made-up modules instead of loading.
-zx::ResourcePlatform TestPlatform(bool fakeSpooler) {
+TestPlatforms TestPlatform(bool fakeSpooler) {
     fake = {};
     fake.fakeSpooler = fakeSpooler;
     zx::ResourcePlatform platform = zx::RealResourcePlatform();
@@ -59,15 +65,16 @@ zx::ResourcePlatform TestPlatform(bool fakeSpooler) {
         std::tie(fake.messageText, fake.messageCaption, fake.messageType) = std::tuple(text, caption, type);
         return IDOK;
     };
-    if (!fakeSpooler) return platform;
-    platform.openPrinter = [](LPWSTR, LPHANDLE printer, LPPRINTER_DEFAULTSW) -> BOOL {
+    zx::SpoolerPlatform spooler = zx::RealSpoolerPlatform();
+    if (!fakeSpooler) return {platform, spooler};
+    spooler.openPrinter = [](LPWSTR, LPHANDLE printer, LPPRINTER_DEFAULTSW) -> BOOL {
         *printer = fake.openFails ? nullptr : reinterpret_cast<HANDLE>(ULONG_PTR{++fake.opened + 0x5150u});
         return !fake.openFails;
     };
-    platform.closePrinter = [](HANDLE) -> BOOL { return ++fake.closed > 0; };
+    spooler.closePrinter = [](HANDLE) -> BOOL { return ++fake.closed > 0; };
     // Answers level 2 as the spooler does: the structure, then the path it points at.
-    platform.getPrinterDriver = [](HANDLE printer, LPWSTR, DWORD level, LPBYTE buffer, DWORD size,
-                                   LPDWORD needed) -> BOOL {
+    spooler.getPrinterDriver = [](HANDLE printer, LPWSTR, DWORD level, LPBYTE buffer, DWORD size,
+                                  LPDWORD needed) -> BOOL {
         if (fake.driverQueryFails || printer == nullptr || level != 2) return FALSE;
         const DWORD pathBytes = static_cast<DWORD>((fake.driverPath.size() + 1) * sizeof(wchar_t));
         *needed = sizeof(DRIVER_INFO_2W) + pathBytes;
@@ -77,17 +84,19 @@ zx::ResourcePlatform TestPlatform(bool fakeSpooler) {
         std::memcpy(info->pDriverPath, fake.driverPath.c_str(), pathBytes);
         return TRUE;
     };
-    return platform;
+    return {platform, spooler};
 }
 
 // A platform in force for a scope; the libraries loaded through it are freed on leaving.
 struct PlatformScope {
-    explicit PlatformScope(const zx::ResourcePlatform& platform) : previous(zx::ReplaceResourcePlatform(platform)) {}
+    explicit PlatformScope(const TestPlatforms& platforms)
+        : previous{zx::ReplaceResourcePlatform(platforms.resources), zx::ReplaceSpoolerPlatform(platforms.spooler)} {}
     ~PlatformScope() {
         zx::FreeResourceLibraries();
-        zx::ReplaceResourcePlatform(previous);
+        zx::ReplaceResourcePlatform(previous.resources);
+        zx::ReplaceSpoolerPlatform(previous.spooler);
     }
-    zx::ResourcePlatform previous;
+    TestPlatforms previous;
 };
 
 // The string libraries built beside the tests, installed with a printer and loaded through the
@@ -287,8 +296,8 @@ TEST(UiMessages, ArabicAndHebrewUsersReadMessagesRightToLeft) {
 
 TEST(SystemVersion, MajorVersionIsSixWhenItCannotBeRead) {
     EXPECT_GE(zx::GetSystemMajorVersion(), 6u);  // Wine answers as Windows 7 or later
-    zx::ResourcePlatform platform = zx::RealResourcePlatform();
-    platform.osVersion = [](RTL_OSVERSIONINFOW*) { return false; };
-    const PlatformScope unreadable(platform);
+    TestPlatforms platforms{zx::RealResourcePlatform(), zx::RealSpoolerPlatform()};
+    platforms.resources.osVersion = [](RTL_OSVERSIONINFOW*) { return false; };
+    const PlatformScope unreadable(platforms);
     EXPECT_EQ(6u, zx::GetSystemMajorVersion());
 }

@@ -1,55 +1,53 @@
-// The platform calls of device communication, reached through one table of function pointers:
-// the spooler (printer handles, driver data, ports, port monitors), the system version and the
-// creation of the Function Discovery object. The table holds the real API unless a test has
-// put in its own, so the code can be exercised without a spooler, a network or a device.
+// The spooler calls of the plug-in, reached through one table of function pointers: printer
+// handles, printer and driver information, the printer's driver data, ports and port monitors.
+// The table holds the real API unless a test has put in its own, so the string libraries, the
+// device code and the shortcut store can be exercised without a spooler, and the calls that Wine
+// lacks can be made to answer.
 #pragma once
 
-#include "device/function_discovery.h"
+#include "util/scoped.h"
 
 #include <windows.h>
 #include <winspool.h>
 
-namespace zx {
-
-struct DevicePlatform {
-    decltype(&::OpenPrinterW) openPrinter;
-    decltype(&::ClosePrinter) closePrinter;
-    decltype(&::GetPrinterW) getPrinter;
-    decltype(&::GetPrinterDriverW) getPrinterDriver;
-    decltype(&::GetPrinterDataW) getPrinterData;
-    decltype(&::SetPrinterDataExW) setPrinterDataEx;
-    decltype(&::EnumPortsW) enumPorts;
-    decltype(&::XcvDataW) xcvData;
-    decltype(&::GetVersionExW) getVersionEx;
-    // Creates the Function Discovery object (CoCreateInstance in the real table).
-    HRESULT (*createFunctionDiscovery)(IFunctionDiscovery** discovery);
-};
-
-// The table in use.
-const DevicePlatform& Platform() noexcept;
-
-// The table of the real API.
-const DevicePlatform& RealPlatform() noexcept;
-
-// Puts a table in place of the current one and returns the one it replaced.
-DevicePlatform ReplacePlatform(const DevicePlatform& platform) noexcept;
-
-}  // namespace zx
-
-#include "util/scoped.h"
-
 #include <cwchar>
+#include <string>
 #include <string_view>
 #include <vector>
 
 namespace zx {
 
+struct SpoolerPlatform {
+    decltype(&::OpenPrinterW) openPrinter;
+    decltype(&::ClosePrinter) closePrinter;
+    decltype(&::GetPrinterW) getPrinter;
+    decltype(&::GetPrinterDriverW) getPrinterDriver;
+    decltype(&::GetPrinterDataW) getPrinterData;
+    decltype(&::GetPrinterDataExW) getPrinterDataEx;
+    decltype(&::SetPrinterDataExW) setPrinterDataEx;
+    decltype(&::EnumPrinterDataExW) enumPrinterDataEx;
+    decltype(&::DeletePrinterDataExW) deletePrinterDataEx;
+    decltype(&::EnumPortsW) enumPorts;
+    decltype(&::XcvDataW) xcvData;
+};
+
+// The table in use.
+const SpoolerPlatform& CurrentSpoolerPlatform() noexcept;
+// The table of the real API.
+const SpoolerPlatform& RealSpoolerPlatform() noexcept;
+// Puts a table in place of the current one and returns the one it replaced.
+SpoolerPlatform ReplaceSpoolerPlatform(const SpoolerPlatform& platform) noexcept;
+
 namespace traits {
-inline void close_platform_printer(HANDLE value) noexcept { Platform().closePrinter(value); }
+inline void close_platform_printer(HANDLE value) noexcept { CurrentSpoolerPlatform().closePrinter(value); }
 }  // namespace traits
 
 // A printer or port-monitor handle opened through the table, closed through it.
 using unique_spooler_handle = unique_any<traits::null_invalid<HANDLE, traits::close_platform_printer>>;
+
+// Opens a printer by name through the table; an invalid handle when the name is null or the
+// spooler refuses. `defaults` may be null.
+unique_spooler_handle OpenPrinterThroughPlatform(const wchar_t* printerName, PRINTER_DEFAULTSW* defaults) noexcept;
 
 // The largest block a spooler call may ask for: a larger size is taken for a lie.
 inline constexpr DWORD kMaxSpoolerBlock = 4 * 1024 * 1024;
@@ -75,5 +73,11 @@ inline std::wstring_view TextInBlock(const std::vector<BYTE>& block, const wchar
     const size_t room = static_cast<size_t>(block.data() + block.size() - at) / sizeof(wchar_t);
     return std::wstring_view(text, ::wcsnlen(text, room));
 }
+
+// The directory of the printer's driver file (level-2 driver information), with its trailing
+// backslash. Empty when it cannot be read, has no backslash, or would not leave room in a path
+// buffer of MAX_PATH characters for a file name: the string libraries and the device helper
+// libraries are loaded from there, never from a bare file name.
+std::wstring PrinterDriverDirectory(HANDLE printer);
 
 }  // namespace zx

@@ -1,4 +1,5 @@
-// Identifiers of MSXML 6. The toolchain has no import library for them, so they are defined here.
+// Identifiers of MSXML 6. The toolchain has no import library for them, so they are defined here,
+// once for the plug-in and its test bed.
 #pragma once
 
 #include <windows.h>
@@ -6,6 +7,8 @@
 namespace msxml6 {
 inline constexpr CLSID CLSID_DOMDocument60 = {
     0x88d96a05, 0xf192, 0x11d4, {0xa6, 0x5f, 0x00, 0x40, 0x96, 0x32, 0x51, 0xe5}};
+inline constexpr IID IID_IXMLDOMDocument = {
+    0x2933bf81, 0x7b36, 0x11d2, {0xb2, 0x0e, 0x00, 0xc0, 0x4f, 0x98, 0x3e, 0x60}};
 inline constexpr IID IID_IXMLDOMDocument2 = {
     0x2933bf95, 0x7b36, 0x11d2, {0xb2, 0x0e, 0x00, 0xc0, 0x4f, 0x98, 0x3e, 0x60}};
 inline constexpr IID IID_IXMLDOMElement = {

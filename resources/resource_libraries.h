@@ -6,7 +6,6 @@
 #pragma once
 
 #include <windows.h>
-#include <winspool.h>
 
 namespace zx {
 
@@ -17,12 +16,10 @@ inline constexpr wchar_t kFallbackStringLibrary[] = L"unires";
 inline constexpr int kUiStringLength = 256;
 using UiString = wchar_t[kUiStringLength];
 
-// The platform calls behind the string libraries and message boxes. Filled with the real API;
-// tests replace the whole table to fail the spooler or change the user's language.
+// The platform calls behind the string libraries, message boxes and the system version, apart
+// from the spooler's (util/spooler_platform.h). Filled with the real API; tests replace the whole
+// table to change the user's language or the system version, or to record library loads.
 struct ResourcePlatform {
-    decltype(&::OpenPrinterW) openPrinter;
-    decltype(&::GetPrinterDriverW) getPrinterDriver;
-    decltype(&::ClosePrinter) closePrinter;
     decltype(&::GetUserDefaultUILanguage) userDefaultUILanguage;
     decltype(&::LoadLibraryExW) loadLibrary;
     decltype(&::FreeLibrary) freeLibrary;
@@ -31,6 +28,9 @@ struct ResourcePlatform {
     bool (*osVersion)(RTL_OSVERSIONINFOW* version);
 };
 
+// The table in use.
+const ResourcePlatform& CurrentResourcePlatform() noexcept;
+// The table of the real API.
 const ResourcePlatform& RealResourcePlatform() noexcept;
 // Puts a table in force and returns the one it replaces.
 ResourcePlatform ReplaceResourcePlatform(const ResourcePlatform& platform) noexcept;

@@ -1,4 +1,4 @@
-#include "ui/resource_names.h"
+#include "resources/resource_names.h"
 
 #include <iterator>
 

@@ -1,6 +1,6 @@
-#include "core/resource_libraries.h"
+#include "resources/resource_libraries.h"
 
-#include "util/scoped.h"
+#include "util/spooler_platform.h"
 
 #include <cwchar>
 #include <memory>
@@ -24,9 +24,8 @@ bool ReadOsVersion(RTL_OSVERSIONINFOW* version) noexcept {
     return getVersion(version) == 0;
 }
 
-const ResourcePlatform g_realPlatform = {
-    &::OpenPrinterW,   &::GetPrinterDriverW, &::ClosePrinter, &::GetUserDefaultUILanguage,
-    &::LoadLibraryExW, &::FreeLibrary,       &::MessageBoxW,  &ReadOsVersion};
+const ResourcePlatform g_realPlatform = {&::GetUserDefaultUILanguage, &::LoadLibraryExW, &::FreeLibrary, &::MessageBoxW,
+                                         &ReadOsVersion};
 ResourcePlatform g_platform = g_realPlatform;
 
 HMODULE g_uiStrings = nullptr;
@@ -34,60 +33,24 @@ HMODULE g_fallbackStrings = nullptr;
 
 // The libraries hold resources only: mapped as images for their resources, never run.
 constexpr DWORD kResourceOnly = LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE;
-constexpr DWORD kDriverInfoLevel = 2;
-
-struct PrinterThroughPlatform {
-    using type = HANDLE;
-    static HANDLE invalid() noexcept { return nullptr; }
-    static void close(HANDLE printer) noexcept { g_platform.closePrinter(printer); }
-};
-using platform_printer = unique_any<PrinterThroughPlatform>;
-
-platform_printer OpenPrinterByName(PCWSTR printerName) noexcept {
-    HANDLE printer = nullptr;
-    if (printerName == nullptr || !g_platform.openPrinter(const_cast<LPWSTR>(printerName), &printer, nullptr)) {
-        return platform_printer();
-    }
-    return platform_printer(printer);
-}
-
-// The driver file's path as the spooler answers it, read no further than the answer's buffer.
-std::wstring_view DriverPathIn(const std::vector<BYTE>& answer) noexcept {
-    const auto* info = reinterpret_cast<const DRIVER_INFO_2W*>(answer.data());
-    const auto* path = reinterpret_cast<const BYTE*>(info->pDriverPath);
-    const BYTE* end = answer.data() + answer.size();
-    if (path < answer.data() + sizeof(DRIVER_INFO_2W) || path >= end) return {};
-    const size_t room = static_cast<size_t>(end - path) / sizeof(wchar_t);
-    return {info->pDriverPath, ::wcsnlen(info->pDriverPath, room)};
-}
-
-// The directory of the printer's driver file, with its trailing backslash; empty when unknown.
-std::wstring DriverDirectory(HANDLE printer) {
-    DWORD needed = 0;
-    g_platform.getPrinterDriver(printer, nullptr, kDriverInfoLevel, nullptr, 0, &needed);
-    if (needed < sizeof(DRIVER_INFO_2W)) return {};
-    std::vector<BYTE> answer(needed);
-    if (!g_platform.getPrinterDriver(printer, nullptr, kDriverInfoLevel, answer.data(), needed, &needed)) return {};
-    const std::wstring_view path = DriverPathIn(answer);
-    const size_t slash = path.find_last_of(L'\\');
-    return slash == std::wstring_view::npos ? std::wstring() : std::wstring(path.substr(0, slash + 1));
-}
 
 HMODULE LoadFromDriverDirectory(PCWSTR printerName, PCWSTR baseName, HANDLE printer) {
     if (baseName == nullptr) return nullptr;
-    platform_printer opened;
+    unique_spooler_handle opened;
     if (printer == nullptr) {
-        opened = OpenPrinterByName(printerName);
+        opened = OpenPrinterThroughPlatform(printerName, nullptr);
         if (!opened) return nullptr;
         printer = opened.get();
     }
-    const std::wstring directory = DriverDirectory(printer);
+    const std::wstring directory = PrinterDriverDirectory(printer);
     if (directory.empty()) return nullptr;
     const std::wstring path = directory + baseName + L".dll";
     return g_platform.loadLibrary(path.c_str(), nullptr, kResourceOnly);
 }
 
 }  // namespace
+
+const ResourcePlatform& CurrentResourcePlatform() noexcept { return g_platform; }
 
 const ResourcePlatform& RealResourcePlatform() noexcept { return g_realPlatform; }
 

@@ -2,8 +2,7 @@
 // with the number of its display name in the string library "mortalures18".
 #pragma once
 
-#include "core/resource_libraries.h"
-#include "ddk/prcomoem.h"
+#include <windows.h>
 
 #include <cstdint>
 #include <optional>
@@ -25,10 +24,5 @@ std::span<const PaperNameRow> PaperNameRows() noexcept;
 // The string number of a paper keyword (exact comparison, first row wins); nothing when the
 // table lacks it.
 std::optional<UINT> PaperStringId(std::string_view keyword) noexcept;
-
-// The display name of the paper with the given paper index (its position among the PaperSize
-// options, CUSTOMSIZE not counted). True when a name was copied into `text`; otherwise `text` is
-// left as it was (unknown paper, keyword not in the table, or text missing from the library).
-bool PaperDisplayName(IPrintCoreHelper* helper, DWORD paperIndex, UiString& text) noexcept;
 
 }  // namespace zx

@@ -1,7 +1,4 @@
-#include "ui/paper_names.h"
-
-#include "settings/feature_keywords.h"
-#include "settings/option_access.h"
+#include "resources/paper_names.h"
 
 #include <cstring>
 #include <iterator>
@@ -79,16 +76,6 @@ std::string_view KeywordOf(const PaperNameRow& row) noexcept {
     return {row.keyword, ::strnlen(row.keyword, sizeof(row.keyword))};
 }
 
-// The option at the paper index: the index counts the options without CUSTOMSIZE.
-PCSTR PaperKeywordAt(std::span<const PCSTR> options, DWORD paperIndex) noexcept {
-    DWORD position = 0;
-    for (PCSTR option : options) {
-        if (KeywordIs(option, Option::CustomSize)) continue;
-        if (position++ == paperIndex) return option;
-    }
-    return nullptr;
-}
-
 }  // namespace
 
 std::span<const PaperNameRow> PaperNameRows() noexcept { return kPaperNames; }
@@ -98,17 +85,6 @@ std::optional<UINT> PaperStringId(std::string_view keyword) noexcept {
         if (KeywordOf(row) == keyword) return static_cast<UINT>(row.stringId);
     }
     return std::nullopt;
-}
-
-bool PaperDisplayName(IPrintCoreHelper* helper, DWORD paperIndex, UiString& text) noexcept {
-    const PCSTR keyword = PaperKeywordAt(FeatureOptions(helper, Feature::PaperSize), paperIndex);
-    if (keyword == nullptr) return false;
-    const std::optional<UINT> stringId = PaperStringId(keyword);
-    if (!stringId) return false;
-    UiString name;
-    if (LoadUiString(*stringId, name) == 0) return false;
-    std::memcpy(text, name, sizeof(UiString));
-    return true;
 }
 
 }  // namespace zx

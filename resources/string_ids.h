@@ -1,6 +1,6 @@
 // Numbers of the texts that the plug-in loads directly from the string library "mortalures18":
 // labels, messages and page texts. Texts that the feature description names go through the
-// resource-name table (ui/resource_names.h) instead.
+// resource-name table (resources/resource_names.h) instead.
 #pragma once
 
 #include <windows.h>

@@ -1,0 +1,51 @@
+#include "util/spooler_platform.h"
+
+namespace zx {
+namespace {
+
+const SpoolerPlatform kRealSpooler = {
+    ::OpenPrinterW,         ::ClosePrinter,      ::GetPrinterW,       ::GetPrinterDriverW,
+    ::GetPrinterDataW,      ::GetPrinterDataExW, ::SetPrinterDataExW, ::EnumPrinterDataExW,
+    ::DeletePrinterDataExW, ::EnumPortsW,        ::XcvDataW,
+};
+
+// Changed only by tests, before the code under test runs.
+SpoolerPlatform g_spooler = kRealSpooler;
+
+constexpr DWORD kDriverInfoLevel = 2;
+
+}  // namespace
+
+const SpoolerPlatform& CurrentSpoolerPlatform() noexcept { return g_spooler; }
+
+const SpoolerPlatform& RealSpoolerPlatform() noexcept { return kRealSpooler; }
+
+SpoolerPlatform ReplaceSpoolerPlatform(const SpoolerPlatform& platform) noexcept {
+    const SpoolerPlatform previous = g_spooler;
+    g_spooler = platform;
+    return previous;
+}
+
+unique_spooler_handle OpenPrinterThroughPlatform(const wchar_t* printerName, PRINTER_DEFAULTSW* defaults) noexcept {
+    HANDLE printer = nullptr;
+    if (printerName == nullptr || !g_spooler.openPrinter(const_cast<LPWSTR>(printerName), &printer, defaults)) {
+        return unique_spooler_handle();
+    }
+    return unique_spooler_handle(printer);
+}
+
+std::wstring PrinterDriverDirectory(HANDLE printer) {
+    const std::vector<BYTE> block = QuerySpoolerBlock(
+        [printer](BYTE* buffer, DWORD size, DWORD* needed) {
+            return g_spooler.getPrinterDriver(printer, nullptr, kDriverInfoLevel, buffer, size, needed);
+        },
+        sizeof(DRIVER_INFO_2W));
+    if (block.empty()) return {};
+    const std::wstring_view path =
+        TextInBlock(block, reinterpret_cast<const DRIVER_INFO_2W*>(block.data())->pDriverPath);
+    const size_t slash = path.find_last_of(L'\\');
+    if (slash == std::wstring_view::npos || slash + 1 >= MAX_PATH) return {};
+    return std::wstring(path.substr(0, slash + 1));
+}
+
+}  // namespace zx
