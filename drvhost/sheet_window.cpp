@@ -1,10 +1,13 @@
 #include "drvhost/sheet_window.h"
 
 #include "drvhost/png_writer.h"
+#include "drvhost/text.h"
 
 #include <commctrl.h>
 #include <prsht.h>
 
+#include <optional>
+#include <set>
 #include <string_view>
 #include <vector>
 
@@ -117,6 +120,37 @@ public:
         return page;
     }
 
+    // The page's window once the sheet has created it; null before.
+    HWND Dialog() const noexcept { return m_dialog; }
+
+    // Chooses an option of a shown item as a person's click does: the option's button, or the
+    // entry of the item's list followed by the list's selection-change notification.
+    bool ChooseOption(std::string_view feature, const std::wstring& entry, std::string& problem) {
+        for (Row& row : m_rows) {
+            if (row.feature != feature) continue;
+            const WORD first = row.item->pOptType->BegCtrlID;
+            std::vector<std::wstring> texts;
+            const std::vector<LONG> options = row.radio ? std::vector<LONG>{0, 1, 2} : row.listedOptions;
+            for (LONG option : options) texts.emplace_back(row.item->pOptType->pOptParam[option].pData);
+            const std::optional<size_t> chosen = FindEntry(texts, entry);
+            if (!chosen) {
+                problem = "the standard page's " + std::string(feature) + " has no entry " + WideToUtf8(entry);
+                return false;
+            }
+            if (row.radio) {
+                ::SendDlgItemMessageW(m_dialog, first + kRadioOffsets[*chosen], BM_CLICK, 0, 0);
+            } else {
+                const WORD id = static_cast<WORD>(first + ListControlOffset(row.feature));
+                HWND list = ::GetDlgItem(m_dialog, id);
+                ::SendMessageW(list, CB_SETCURSEL, *chosen, 0);
+                ::SendMessageW(m_dialog, WM_COMMAND, MAKEWPARAM(id, CBN_SELCHANGE), reinterpret_cast<LPARAM>(list));
+            }
+            return true;
+        }
+        problem = "the standard page shows no item " + std::string(feature);
+        return false;
+    }
+
 private:
     void AddRow(OPTITEM& item, short x, short y) {
         Row row{&item, static_cast<const FeatureRecord*>(reinterpret_cast<void*>(item.UserData))->keyword,
@@ -149,6 +183,7 @@ private:
         if (message == WM_INITDIALOG) {
             auto* page = reinterpret_cast<StandardPage*>(reinterpret_cast<PROPSHEETPAGEW*>(lParam)->lParam);
             ::SetWindowLongPtrW(dialog, DWLP_USER, reinterpret_cast<LONG_PTR>(page));
+            page->m_dialog = dialog;
             page->Refresh(dialog);
             return TRUE;
         }
@@ -241,6 +276,7 @@ private:
     UiSession& m_session;
     DialogTemplate m_template;
     std::vector<Row> m_rows;
+    HWND m_dialog = nullptr;
 };
 
 void PumpMessages(HWND sheet, DWORD milliseconds) {
@@ -305,15 +341,239 @@ bool HasDisplay() {
     return true;
 }
 
-bool ShowSheet(UiSession& session, const std::wstring& screenshotPath, std::string& problem) {
+namespace {
+
+// The sheet's own buttons.
+constexpr int kApplyButton = 0x3021;
+// The shortcut list of the Printing Shortcuts page, and its buttons.
+constexpr int kShortcutList = 1020;
+constexpr int kSaveAsButton = 1080;
+constexpr int kDeleteButton = 1081;
+constexpr int kShortcutCombos[] = {1031, 1033, 1035, 1029, 1037};
+constexpr int kShortcutLabels[] = {1032, 1036, 1030, 1034, 1038};
+constexpr DWORD kStepSettleMilliseconds = 300;
+
+// Answers the message boxes that come up while the sheet runs, as a person reading them would
+// (OK), and notes what they said. A thread timer: it fires inside the message box's own loop.
+class MessageBoxWatcher {
+public:
+    MessageBoxWatcher(HWND sheet, std::vector<std::string>& events) : m_sheet(sheet), m_events(events) {
+        s_current = this;
+        m_timer = ::SetTimer(nullptr, 0, 50, &OnTimer);
+    }
+    ~MessageBoxWatcher() {
+        ::KillTimer(nullptr, m_timer);
+        s_current = nullptr;
+    }
+    MessageBoxWatcher(const MessageBoxWatcher&) = delete;
+    MessageBoxWatcher& operator=(const MessageBoxWatcher&) = delete;
+
+private:
+    static void CALLBACK OnTimer(HWND, UINT, UINT_PTR, DWORD) {
+        if (s_current != nullptr) ::EnumThreadWindows(::GetCurrentThreadId(), &Answer, 0);
+    }
+
+    static BOOL CALLBACK Answer(HWND window, LPARAM) {
+        MessageBoxWatcher& self = *s_current;
+        wchar_t className[16] = {};
+        ::GetClassNameW(window, className, 16);
+        if (window == self.m_sheet || !::IsWindowVisible(window) || std::wstring_view(className) != L"#32770" ||
+            !self.m_answered.insert(window).second) {
+            return TRUE;
+        }
+        std::wstring text;
+        ::EnumChildWindows(window, &CollectStaticText, reinterpret_cast<LPARAM>(&text));
+        self.m_events.push_back("message box \"" + WideToUtf8(WindowText(window)) + "\": " + WideToUtf8(text));
+        ::PostMessageW(window, WM_COMMAND, IDOK, 0);
+        return TRUE;
+    }
+
+    static BOOL CALLBACK CollectStaticText(HWND child, LPARAM text) {
+        wchar_t className[16] = {};
+        ::GetClassNameW(child, className, 16);
+        if (::CompareStringOrdinal(className, -1, L"Static", -1, TRUE) == CSTR_EQUAL) {
+            std::wstring& all = *reinterpret_cast<std::wstring*>(text);
+            const std::wstring piece = WindowText(child);
+            if (!piece.empty()) all += (all.empty() ? L"" : L" ") + piece;
+        }
+        return TRUE;
+    }
+
+    static std::wstring WindowText(HWND window) {
+        wchar_t text[512] = {};
+        ::GetWindowTextW(window, text, 512);
+        return text;
+    }
+
+    static inline MessageBoxWatcher* s_current = nullptr;
+    HWND m_sheet;
+    std::vector<std::string>& m_events;
+    std::set<HWND> m_answered;
+    UINT_PTR m_timer = 0;
+};
+
+// A modeless sheet on screen, and what a person can do with it.
+class ShownSheet {
+public:
+    ShownSheet(HWND sheet, StandardPage& standard) : m_sheet(sheet), m_standard(standard) {}
+
+    bool Closed() const { return PropSheet_GetCurrentPageHwnd(m_sheet) == nullptr; }
+
+    bool Do(const SheetStep& step, std::string& problem) {
+        switch (step.action) {
+        case SheetStep::Action::SelectShortcut: return SelectShortcut(step.name, problem);
+        case SheetStep::Action::ChangeSetting: return ChangeSetting(step.name, step.entry, problem);
+        case SheetStep::Action::SaveAs: return SaveAs(step.name, problem);
+        case SheetStep::Action::Delete: return Click(ShortcutPage(problem), kDeleteButton, problem);
+        case SheetStep::Action::SwitchPage: return SwitchPage(step.name, problem);
+        case SheetStep::Action::SelectOption:
+            return m_standard.Dialog() != nullptr
+                       ? m_standard.ChooseOption(WideToUtf8(step.name), step.entry, problem)
+                       : (problem = "the standard page has not been shown yet", false);
+        case SheetStep::Action::Apply: return Click(m_sheet, kApplyButton, problem);
+        case SheetStep::Action::Ok: return Click(m_sheet, IDOK, problem);
+        case SheetStep::Action::Cancel: return Click(m_sheet, IDCANCEL, problem);
+        case SheetStep::Action::Screenshot:
+            if (CaptureWindow(m_sheet, step.name)) return true;
+            problem = "the sheet could not be captured";
+            return false;
+        }
+        return false;
+    }
+
+private:
+    // The Printing Shortcuts page, once the sheet has created it.
+    HWND ShortcutPage(std::string& problem) const {
+        const int pages = TabCtrl_GetItemCount(PropSheet_GetTabControl(m_sheet));
+        for (int index = 0; index < pages; ++index) {
+            HWND page = PropSheet_IndexToHwnd(m_sheet, index);
+            if (page != nullptr && ::GetDlgItem(page, kShortcutList) != nullptr) return page;
+        }
+        problem = "the sheet shows no Printing Shortcuts page";
+        return nullptr;
+    }
+
+    bool Click(HWND window, int id, std::string& problem) {
+        if (window == nullptr) return false;
+        HWND button = ::GetDlgItem(window, id);
+        if (button == nullptr || !::IsWindowEnabled(button) || !::IsWindowVisible(button)) {
+            problem = "button " + std::to_string(id) + " cannot be clicked (missing or disabled)";
+            return false;
+        }
+        ::SendMessageW(button, BM_CLICK, 0, 0);
+        return true;
+    }
+
+    bool SelectShortcut(const std::wstring& name, std::string& problem) {
+        HWND page = ShortcutPage(problem);
+        if (page == nullptr) return false;
+        HWND list = ::GetDlgItem(page, kShortcutList);
+        LVFINDINFOW find{};
+        find.flags = LVFI_STRING;
+        find.psz = name.c_str();
+        const int item = static_cast<int>(::SendMessageW(list, LVM_FINDITEMW, static_cast<WPARAM>(-1),
+                                                         reinterpret_cast<LPARAM>(&find)));
+        if (item < 0) {
+            problem = "the list has no shortcut named " + WideToUtf8(name);
+            return false;
+        }
+        // What a click on the item does: the selection mark moves, the item is selected and focused.
+        ::SetFocus(list);
+        ::SendMessageW(list, LVM_SETSELECTIONMARK, 0, item);
+        LVITEMW state{};
+        state.stateMask = state.state = LVIS_SELECTED | LVIS_FOCUSED;
+        ::SendMessageW(list, LVM_SETITEMSTATE, static_cast<WPARAM>(item), reinterpret_cast<LPARAM>(&state));
+        return true;
+    }
+
+    bool ChangeSetting(const std::wstring& label, const std::wstring& entry, std::string& problem) {
+        HWND page = ShortcutPage(problem);
+        if (page == nullptr) return false;
+        for (size_t position = 0; position < std::size(kShortcutCombos); ++position) {
+            HWND combo = ::GetDlgItem(page, kShortcutCombos[position]);
+            if (combo == nullptr || !::IsWindowVisible(combo) || !SettingIs(page, position, label)) continue;
+            if (!::IsWindowEnabled(combo)) {
+                problem = "the setting " + WideToUtf8(label) + " cannot be changed (disabled)";
+                return false;
+            }
+            std::vector<std::wstring> entries;
+            const int count = static_cast<int>(::SendMessageW(combo, CB_GETCOUNT, 0, 0));
+            for (int index = 0; index < count; ++index) {
+                wchar_t text[256] = {};
+                if (::SendMessageW(combo, CB_GETLBTEXTLEN, index, 0) < 256) {
+                    ::SendMessageW(combo, CB_GETLBTEXT, index, reinterpret_cast<LPARAM>(text));
+                }
+                entries.emplace_back(text);
+            }
+            const std::optional<size_t> chosen = FindEntry(entries, entry);
+            if (!chosen) {
+                problem = "the setting " + WideToUtf8(label) + " has no entry " + WideToUtf8(entry);
+                return false;
+            }
+            ::SendMessageW(combo, CB_SETCURSEL, *chosen, 0);
+            ::SendMessageW(page, WM_COMMAND, MAKEWPARAM(kShortcutCombos[position], CBN_SELCHANGE),
+                           reinterpret_cast<LPARAM>(combo));
+            return true;
+        }
+        problem = "the Printing Shortcuts page shows no setting " + WideToUtf8(label);
+        return false;
+    }
+
+    // A setting is named by the label beside its box (ignoring case and a trailing colon) or by
+    // its position (0 to 4).
+    static bool SettingIs(HWND page, size_t position, const std::wstring& label) {
+        if (label == std::to_wstring(position)) return true;
+        wchar_t text[256] = {};
+        ::GetDlgItemTextW(page, kShortcutLabels[position], text, 256);
+        std::wstring shown = text;
+        if (!shown.empty() && shown.back() == L':') shown.pop_back();
+        return ::CompareStringOrdinal(shown.c_str(), -1, label.c_str(), -1, TRUE) == CSTR_EQUAL;
+    }
+
+    bool SaveAs(const std::wstring& name, std::string& problem) {
+        HWND page = ShortcutPage(problem);
+        if (page == nullptr || !Click(page, kSaveAsButton, problem)) return false;
+        HWND list = ::GetDlgItem(page, kShortcutList);
+        HWND edit = reinterpret_cast<HWND>(::SendMessageW(list, LVM_GETEDITCONTROL, 0, 0));
+        if (edit == nullptr) {
+            problem = "Save as opened no name to edit";
+            return false;
+        }
+        ::SetWindowTextW(edit, name.c_str());
+        ::SendMessageW(edit, WM_KEYDOWN, VK_RETURN, 0);
+        ::SendMessageW(edit, WM_CHAR, VK_RETURN, 0);
+        return true;
+    }
+
+    bool SwitchPage(const std::wstring& title, std::string& problem) {
+        HWND tabs = PropSheet_GetTabControl(m_sheet);
+        const int count = TabCtrl_GetItemCount(tabs);
+        for (int index = 0; index < count; ++index) {
+            wchar_t text[256] = {};
+            TCITEMW item{};
+            item.mask = TCIF_TEXT;
+            item.pszText = text;
+            item.cchTextMax = 256;
+            ::SendMessageW(tabs, TCM_GETITEMW, index, reinterpret_cast<LPARAM>(&item));
+            if (::CompareStringOrdinal(text, -1, title.c_str(), -1, TRUE) != CSTR_EQUAL) continue;
+            PropSheet_SetCurSel(m_sheet, nullptr, index);
+            return true;
+        }
+        problem = "the sheet has no page " + WideToUtf8(title);
+        return false;
+    }
+
+    HWND m_sheet;
+    StandardPage& m_standard;
+};
+
+HWND CreateSheet(UiSession& session, StandardPage& standard, bool modeless, std::string& problem) {
     INITCOMMONCONTROLSEX controls{sizeof(controls), ICC_WIN95_CLASSES | ICC_STANDARD_CLASSES};
     ::InitCommonControlsEx(&controls);
     if (!HasDisplay()) {
         problem = "no display";
-        return false;
+        return nullptr;
     }
-
-    StandardPage standard(session);
     PROPSHEETPAGEW standardPage = standard.Build();
     std::vector<HPROPSHEETPAGE> pages = session.Pages();
     UINT startPage = 0;
@@ -323,27 +583,63 @@ bool ShowSheet(UiSession& session, const std::wstring& screenshotPath, std::stri
     pages.push_back(::CreatePropertySheetPageW(&standardPage));
     session.ReleasePages();  // the sheet destroys them
 
-    const bool capture = !screenshotPath.empty();
     PROPSHEETHEADERW header{};
     header.dwSize = sizeof(header);
-    header.dwFlags = capture ? PSH_MODELESS : 0;
+    header.dwFlags = modeless ? PSH_MODELESS : 0;
     header.pszCaption = L"ZX Inkjet Simulator Printing Preferences";
     header.nPages = static_cast<UINT>(pages.size());
     header.nStartPage = startPage;
     header.phpage = pages.data();
-    if (!capture) return ::PropertySheetW(&header) >= 0;
+    const INT_PTR result = ::PropertySheetW(&header);
+    if (!modeless) return nullptr;
+    if (result == 0 || result == -1) problem = "the property sheet could not be created";
+    return result == 0 || result == -1 ? nullptr : reinterpret_cast<HWND>(result);
+}
 
-    HWND sheet = reinterpret_cast<HWND>(::PropertySheetW(&header));
-    if (sheet == nullptr) {
-        problem = "the property sheet could not be created";
-        return false;
+}  // namespace
+
+bool ShowSheet(UiSession& session, const std::wstring& screenshotPath, std::string& problem) {
+    if (screenshotPath.empty()) {
+        StandardPage standard(session);
+        std::string unused;
+        CreateSheet(session, standard, false, unused);
+        return true;
     }
-    PumpMessages(sheet, 1500);
-    const bool saved = CaptureWindow(sheet, screenshotPath);
+    SheetRun run;
+    return RunSheet(session, {}, screenshotPath, run, problem);
+}
+
+bool RunSheet(UiSession& session, const std::vector<SheetStep>& steps, const std::wstring& screenshotPath,
+              SheetRun& run, std::string& problem) {
+    StandardPage standard(session);
+    HWND sheet = CreateSheet(session, standard, true, problem);
+    if (sheet == nullptr) return false;
+    bool done = true;
+    {
+        MessageBoxWatcher watcher(sheet, run.events);
+        ShownSheet shown(sheet, standard);
+        PumpMessages(sheet, 1500);
+        for (const SheetStep& step : steps) {
+            if (shown.Closed()) {
+                problem = "the sheet was closed before all steps ran";
+                done = false;
+                break;
+            }
+            if (!shown.Do(step, problem)) {
+                done = false;
+                break;
+            }
+            PumpMessages(sheet, kStepSettleMilliseconds);
+        }
+        run.closedByStep = shown.Closed();
+        if (done && !run.closedByStep && !screenshotPath.empty() && !CaptureWindow(sheet, screenshotPath)) {
+            problem = "the sheet could not be captured";
+            done = false;
+        }
+    }
     ::DestroyWindow(sheet);
     PumpMessages(nullptr, 100);
-    if (!saved) problem = "the sheet could not be captured";
-    return saved;
+    return done;
 }
 
 }  // namespace drvhost
