@@ -162,7 +162,8 @@ HRESULT HideMonoMediaTypes(const VUICallbackContext& context, const std::string&
     size_t start = 0;
     while (start <= names.size()) {
         const size_t end = std::min(names.find(';', start), names.size());
-        const std::optional<int32_t> stringId = table.LookupResourceName(std::string_view(names).substr(start, end - start));
+        const std::optional<int32_t> stringId =
+            table.LookupResourceName(std::string_view(names).substr(start, end - start));
         start = end + 1;
         if (!stringId) continue;
         UiString text;

@@ -17,11 +17,16 @@ struct StepSyntax {
 };
 
 constexpr StepSyntax kSteps[] = {
-    {L"shortcut", SheetStep::Action::SelectShortcut, 1}, {L"setting", SheetStep::Action::ChangeSetting, 2},
-    {L"save-as", SheetStep::Action::SaveAs, 1},          {L"delete", SheetStep::Action::Delete, 0},
-    {L"page", SheetStep::Action::SwitchPage, 1},         {L"option", SheetStep::Action::SelectOption, 2},
-    {L"apply", SheetStep::Action::Apply, 0},             {L"ok", SheetStep::Action::Ok, 0},
-    {L"cancel", SheetStep::Action::Cancel, 0},           {L"screenshot", SheetStep::Action::Screenshot, 1},
+    {L"shortcut", SheetStep::Action::SelectShortcut, 1},
+    {L"setting", SheetStep::Action::ChangeSetting, 2},
+    {L"save-as", SheetStep::Action::SaveAs, 1},
+    {L"delete", SheetStep::Action::Delete, 0},
+    {L"page", SheetStep::Action::SwitchPage, 1},
+    {L"option", SheetStep::Action::SelectOption, 2},
+    {L"apply", SheetStep::Action::Apply, 0},
+    {L"ok", SheetStep::Action::Ok, 0},
+    {L"cancel", SheetStep::Action::Cancel, 0},
+    {L"screenshot", SheetStep::Action::Screenshot, 1},
 };
 
 bool AllDigits(const std::wstring& text) {

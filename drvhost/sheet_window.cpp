@@ -113,7 +113,9 @@ public:
         m_template.Resize(2 * kColumnWidth, static_cast<short>(2 * kMargin + perColumn * kRowHeight));
         PROPSHEETPAGEW page{};
         page.dwSize = sizeof(page);
-        page.dwFlags = PSP_DLGINDIRECT;
+        // Created with the sheet, as the common UI's own page is: it applies the core driver's
+        // items whichever page the user leaves the sheet on.
+        page.dwFlags = PSP_DLGINDIRECT | PSP_PREMATURE;
         page.pResource = m_template.Get();
         page.pfnDlgProc = &DialogProc;
         page.lParam = reinterpret_cast<LPARAM>(this);
@@ -279,17 +281,22 @@ private:
     HWND m_dialog = nullptr;
 };
 
+// Runs the thread's messages until none but timers came for a while (the windows have settled)
+// or at most `milliseconds`.
 void PumpMessages(HWND sheet, DWORD milliseconds) {
+    constexpr DWORD kSettled = 150;
     const DWORD start = ::GetTickCount();
-    while (::GetTickCount() - start < milliseconds) {
+    DWORD lastActivity = start;
+    while (::GetTickCount() - start < milliseconds && ::GetTickCount() - lastActivity < kSettled) {
         MSG message;
         while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+            if (message.message != WM_TIMER) lastActivity = ::GetTickCount();
             if (sheet == nullptr || !PropSheet_IsDialogMessage(sheet, &message)) {
                 ::TranslateMessage(&message);
                 ::DispatchMessageW(&message);
             }
         }
-        ::Sleep(20);
+        ::Sleep(10);
     }
 }
 
@@ -351,7 +358,7 @@ constexpr int kSaveAsButton = 1080;
 constexpr int kDeleteButton = 1081;
 constexpr int kShortcutCombos[] = {1031, 1033, 1035, 1029, 1037};
 constexpr int kShortcutLabels[] = {1032, 1036, 1030, 1034, 1038};
-constexpr DWORD kStepSettleMilliseconds = 300;
+constexpr DWORD kStepSettleMilliseconds = 1000;
 
 // Answers the message boxes that come up while the sheet runs, as a person reading them would
 // (OK), and notes what they said. A thread timer: it fires inside the message box's own loop.
@@ -427,9 +434,8 @@ public:
         case SheetStep::Action::Delete: return Click(ShortcutPage(problem), kDeleteButton, problem);
         case SheetStep::Action::SwitchPage: return SwitchPage(step.name, problem);
         case SheetStep::Action::SelectOption:
-            return m_standard.Dialog() != nullptr
-                       ? m_standard.ChooseOption(WideToUtf8(step.name), step.entry, problem)
-                       : (problem = "the standard page has not been shown yet", false);
+            return m_standard.Dialog() != nullptr ? m_standard.ChooseOption(WideToUtf8(step.name), step.entry, problem)
+                                                  : (problem = "the standard page has not been shown yet", false);
         case SheetStep::Action::Apply: return Click(m_sheet, kApplyButton, problem);
         case SheetStep::Action::Ok: return Click(m_sheet, IDOK, problem);
         case SheetStep::Action::Cancel: return Click(m_sheet, IDCANCEL, problem);
@@ -471,8 +477,8 @@ private:
         LVFINDINFOW find{};
         find.flags = LVFI_STRING;
         find.psz = name.c_str();
-        const int item = static_cast<int>(::SendMessageW(list, LVM_FINDITEMW, static_cast<WPARAM>(-1),
-                                                         reinterpret_cast<LPARAM>(&find)));
+        const int item = static_cast<int>(
+            ::SendMessageW(list, LVM_FINDITEMW, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(&find)));
         if (item < 0) {
             problem = "the list has no shortcut named " + WideToUtf8(name);
             return false;
@@ -610,7 +616,7 @@ bool ShowSheet(UiSession& session, const std::wstring& screenshotPath, std::stri
 }
 
 bool RunSheet(UiSession& session, const std::vector<SheetStep>& steps, const std::wstring& screenshotPath,
-              SheetRun& run, std::string& problem) {
+              SheetRun& run, std::string& problem, const SheetInspector& inspect) {
     StandardPage standard(session);
     HWND sheet = CreateSheet(session, standard, true, problem);
     if (sheet == nullptr) return false;
@@ -619,6 +625,8 @@ bool RunSheet(UiSession& session, const std::vector<SheetStep>& steps, const std
         MessageBoxWatcher watcher(sheet, run.events);
         ShownSheet shown(sheet, standard);
         PumpMessages(sheet, 1500);
+        if (inspect) inspect(0, sheet);
+        size_t stepsDone = 0;
         for (const SheetStep& step : steps) {
             if (shown.Closed()) {
                 problem = "the sheet was closed before all steps ran";
@@ -630,6 +638,8 @@ bool RunSheet(UiSession& session, const std::vector<SheetStep>& steps, const std
                 break;
             }
             PumpMessages(sheet, kStepSettleMilliseconds);
+            ++stepsDone;
+            if (inspect && !shown.Closed()) inspect(stepsDone, sheet);
         }
         run.closedByStep = shown.Closed();
         if (done && !run.closedByStep && !screenshotPath.empty() && !CaptureWindow(sheet, screenshotPath)) {

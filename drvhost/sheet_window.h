@@ -6,6 +6,7 @@
 #include "drvhost/sheet_script.h"
 #include "drvhost/ui_session.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -30,7 +31,9 @@ struct SheetRun {
 // it, saves the screenshot (when a path is given) and closes it as the window's close box does.
 // False, with the reason, when the sheet cannot be shown, a step cannot be carried out, or a
 // picture cannot be saved; the steps before stay done.
+// `inspect`, when given, looks at the sheet once it is shown (steps done: 0) and after every step.
+using SheetInspector = std::function<void(size_t stepsDone, HWND sheet)>;
 bool RunSheet(UiSession& session, const std::vector<SheetStep>& steps, const std::wstring& screenshotPath,
-              SheetRun& run, std::string& problem);
+              SheetRun& run, std::string& problem, const SheetInspector& inspect = {});
 
 }  // namespace drvhost
