@@ -35,6 +35,11 @@ DWORD WINAPI SeamDeletePrinterDataEx(HANDLE, LPCWSTR key, LPCWSTR name) {
         ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, (PrinterRegistryKey() + L"\\" + key).c_str(), name));
 }
 
+DWORD WINAPI SeamSetPrinterDataEx(HANDLE printer, LPCWSTR key, LPCWSTR name, DWORD type, LPBYTE data, DWORD size) {
+    g_seam->printerDataWrites.push_back({name, type, size});
+    return zx::RealSpoolerPlatform().setPrinterDataEx(printer, key, name, type, data, size);
+}
+
 HRESULT WINAPI SeamCoCreateGuid(GUID* guid) {
     if (!g_seam->nextGuid) return zx::RealSpoolerPlatform().coCreateGuid(guid);
     *guid = *g_seam->nextGuid;
@@ -87,8 +92,7 @@ std::optional<StoredData> PrinterShortcutValue(const std::wstring& name) {
 std::optional<std::wstring> PrinterGuidValue() {
     const std::optional<StoredData> value = ReadPrinterData(L"PrinterDriverData", L"PrinterGUID");
     if (!value) return std::nullopt;
-    const std::wstring text = value->Text();
-    return text.substr(0, text.find(L'\0'));
+    return value->Text();
 }
 
 SpoolerSeam::SpoolerSeam() {
@@ -97,6 +101,7 @@ SpoolerSeam::SpoolerSeam() {
     table.openPrinter = SeamOpenPrinter;
     table.closePrinter = SeamClosePrinter;
     table.deletePrinterDataEx = SeamDeletePrinterDataEx;
+    table.setPrinterDataEx = SeamSetPrinterDataEx;
     table.coCreateGuid = SeamCoCreateGuid;
     m_previous = zx::ReplaceSpoolerPlatform(table);
 }
