@@ -59,11 +59,14 @@ void InstallShortcutPrinter() {
     (void)installed;
 }
 
+void ClearStoredShortcuts(const std::wstring& userKey) {
+    ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, (PrinterRegistryKey() + L"\\" + zx::kShortcutDataKey).c_str());
+    ::RegDeleteTreeW(HKEY_CURRENT_USER, userKey.c_str());
+}
+
 void ClearShortcutStorage() {
-    const std::wstring driverData = PrinterRegistryKey() + L"\\PrinterDriverData";
-    ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, (driverData + L"\\PrintShortcutData").c_str());
-    ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, driverData.c_str(), L"PrinterGUID");
-    ::RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Velmora");
+    ClearStoredShortcuts(L"Software\\Velmora");
+    ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, (PrinterRegistryKey() + L"\\PrinterDriverData").c_str(), L"PrinterGUID");
 }
 
 namespace {

@@ -20,6 +20,8 @@ void InstallShortcutPrinter();
 // Removes every stored shortcut of the printer and its GUID from the printer's registry key
 // (Wine's spooler cannot delete printer data), and the per-user keys of all printers.
 void ClearShortcutStorage();
+// Removes the stored shortcuts of the printer and of one per-user key, keeping the GUID.
+void ClearStoredShortcuts(const std::wstring& userKey);
 
 // The printer's data under "PrinterDriverData\PrintShortcutData" as the spooler gives it.
 struct StoredData {
