@@ -1,6 +1,7 @@
 // The shortcut store on Wine's spooler and registry, with the sample printer that drvhost
 // installs. Wine never restricts printer access and cannot delete printer data: the restricted
 // user and deletion go through the spooler seam (tests/shortcuts/shortcut_bed.h).
+#include "resources/resource_libraries.h"
 #include "shortcuts/shortcut_job.h"
 #include "shortcuts/shortcut_text.h"
 #include "tests/shortcuts/shortcut_bed.h"
@@ -259,4 +260,19 @@ TEST_F(StoreTest, WithoutAPrinterNothingIsStored) {
         EXPECT_EQ(zx::kStoreFailed, store.LoadShortcuts(list, list[0]));
         EXPECT_EQ(1u, list.size());
     }
+}
+
+// A paper index does not count the custom size; the item takes the paper of the same display name.
+TEST_F(StoreTest, PaperSizeGoesToTheOptionOfItsDisplayName) {
+    ASSERT_EQ(S_OK, zx::LoadResourceLibraries(kShortcutPrinter));
+    ShortcutSheet bed = Sheet(R"(
+        *Feature: PaperSize { *Option: CUSTOMSIZE { *Name: "Custom Size" } *Option: LETTER { *Name: "Letter" }
+                              *Option: A4 { *Name: "a4" } }
+        *Feature: PrintingShortcut { *Option: OnA4 { *Name: "On A4" } }
+        *Feature: OnA4 { *Option: PaperSize { *Name: "IDS_MSIZE_A4;IDS_MSIZE_LETTER;IDS_MSIZE_A4" } }
+        *Feature: AllSettingsfor_PS { *Option: PaperSize { *Name: "IDS_MSIZE_LETTER;IDS_MSIZE_LETTER;IDS_MSIZE_A4" } })");
+    EXPECT_EQ(1, bed.shortcuts.ToDriverOption(bed.Record(0), 0, 1));
+    EXPECT_EQ(S_OK, zx::ApplyShortcutSetting(bed.shortcuts, bed.Record(0), 0, 1, bed.sheet.properties));
+    EXPECT_EQ(2u, bed.sheet.Selection("PaperSize"));
+    zx::FreeResourceLibraries();
 }
