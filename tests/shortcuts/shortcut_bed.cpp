@@ -3,6 +3,8 @@
 #include "drvhost/printer_install.h"
 #include "shortcuts/shortcut_store.h"
 
+#include <gtest/gtest.h>
+
 namespace zxtest {
 namespace {
 
@@ -87,6 +89,19 @@ std::optional<StoredData> ReadPrinterData(const wchar_t* key, const std::wstring
 }
 
 }  // namespace
+
+void WritePrinterValue(const std::wstring& name, DWORD type, const void* data, DWORD size) {
+    std::wstring printerName = kShortcutPrinter;
+    PRINTER_DEFAULTSW defaults{nullptr, nullptr, PRINTER_ALL_ACCESS};
+    zx::unique_printer printer;
+    ASSERT_TRUE(::OpenPrinterW(printerName.data(), printer.put(), &defaults));
+    ASSERT_EQ(ERROR_SUCCESS, ::SetPrinterDataExW(printer.get(), zx::kShortcutDataKey, name.c_str(), type,
+                                                 static_cast<BYTE*>(const_cast<void*>(data)), size));
+}
+
+void WriteUserValue(const std::wstring& keyPath, const std::wstring& name, DWORD type, const void* data, DWORD size) {
+    ASSERT_EQ(ERROR_SUCCESS, ::RegSetKeyValueW(HKEY_CURRENT_USER, keyPath.c_str(), name.c_str(), type, data, size));
+}
 
 std::optional<StoredData> PrinterShortcutValue(const std::wstring& name) {
     return ReadPrinterData(zx::kShortcutDataKey, name);

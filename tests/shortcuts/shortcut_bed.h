@@ -34,6 +34,9 @@ struct StoredData {
     }
 };
 std::optional<StoredData> PrinterShortcutValue(const std::wstring& name);
+// Writes a value there, or under a per-user key, as any program could.
+void WritePrinterValue(const std::wstring& name, DWORD type, const void* data, DWORD size);
+void WriteUserValue(const std::wstring& keyPath, const std::wstring& name, DWORD type, const void* data, DWORD size);
 std::optional<std::wstring> PrinterGuidValue();
 
 // The seam as a user who may only print sees the spooler: full access to the printer is refused.

@@ -108,19 +108,6 @@ private:
     std::mt19937 m_random;
 };
 
-void Write(const FuzzValue& value, HANDLE printer, const std::wstring& userKey) {
-    const auto size = static_cast<DWORD>(value.data.size() * sizeof(wchar_t) - value.oddSize);
-    const auto* data = reinterpret_cast<const BYTE*>(value.data.data());
-    if (value.inPrinterData) {
-        ASSERT_EQ(ERROR_SUCCESS,
-                  ::SetPrinterDataExW(printer, zx::kShortcutDataKey, value.name.c_str(), value.type,
-                                      const_cast<BYTE*>(data), size));
-    } else {
-        ASSERT_EQ(ERROR_SUCCESS,
-                  ::RegSetKeyValueW(HKEY_CURRENT_USER, userKey.c_str(), value.name.c_str(), value.type, data, size));
-    }
-}
-
 // The values as the storage places hold them: a later value of a place replaces an earlier one
 // of the same name.
 std::vector<FuzzValue> FinalValues(const std::vector<FuzzValue>& values) {
@@ -175,16 +162,18 @@ TEST(ShortcutStoreFuzz, HostileStoredValuesNeverBreakTheCollection) {
     seam.restricted = true;
     const std::wstring userKey = VPrintShortcutStore(kShortcutPrinter, false).PerUserKeyPath();
     ASSERT_FALSE(userKey.empty());
-    std::wstring printerName = kShortcutPrinter;
-    zx::unique_printer printer;
-    ASSERT_TRUE(::OpenPrinterW(printerName.data(), printer.put(), nullptr));
 
     const int iterations = Iterations();
     for (int iteration = 0; iteration < iterations; ++iteration) {
         SCOPED_TRACE("case " + std::to_string(iteration));
         ClearStoredShortcuts(userKey);
         const std::vector<FuzzValue> values = ValueMaker(kSeed + static_cast<uint32_t>(iteration)).Case();
-        for (const FuzzValue& value : values) ASSERT_NO_FATAL_FAILURE(Write(value, printer.get(), userKey));
+        for (const FuzzValue& value : values) {
+            const auto size = static_cast<DWORD>(value.data.size() * sizeof(wchar_t) - value.oddSize);
+            ASSERT_NO_FATAL_FAILURE(value.inPrinterData
+                                        ? WritePrinterValue(value.name, value.type, value.data.data(), size)
+                                        : WriteUserValue(userKey, value.name, value.type, value.data.data(), size));
+        }
 
         const ShortcutSheet bed(SamplePrinter(), nullptr, kShortcutPrinter);
         ASSERT_TRUE(bed.built);

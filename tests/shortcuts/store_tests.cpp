@@ -8,8 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 using namespace zxtest;
 
 namespace {
@@ -47,22 +45,12 @@ constexpr char kTwoShortcuts[] = R"(
 *Feature: AllSettingsfor_PS { *Option: MediaType { *Name: "P;P;T;G;C" } }
 )";
 
-void WritePrinterValue(const std::wstring& name, DWORD type, const void* data, DWORD size) {
-    std::wstring printerName = kShortcutPrinter;
-    PRINTER_DEFAULTSW defaults{nullptr, nullptr, PRINTER_ALL_ACCESS};
-    zx::unique_printer printer;
-    ASSERT_TRUE(::OpenPrinterW(printerName.data(), printer.put(), &defaults));
-    ASSERT_EQ(ERROR_SUCCESS, ::SetPrinterDataExW(printer.get(), zx::kShortcutDataKey, name.c_str(), type,
-                                                 static_cast<BYTE*>(const_cast<void*>(data)), size));
-}
-
 void WritePrinterText(const std::wstring& name, const std::wstring& text) {
     WritePrinterValue(name, REG_SZ, text.data(), static_cast<DWORD>(text.size() * sizeof(wchar_t)));
 }
 
 void WriteUserText(const std::wstring& keyPath, const std::wstring& name, const std::wstring& text) {
-    ASSERT_EQ(ERROR_SUCCESS, ::RegSetKeyValueW(HKEY_CURRENT_USER, keyPath.c_str(), name.c_str(), REG_SZ, text.data(),
-                                               static_cast<DWORD>(text.size() * sizeof(wchar_t))));
+    WriteUserValue(keyPath, name, REG_SZ, text.data(), static_cast<DWORD>(text.size() * sizeof(wchar_t)));
 }
 
 std::optional<std::wstring> UserText(const std::wstring& keyPath, const std::wstring& name) {
