@@ -3,6 +3,8 @@
 #include "drvhost/printer_install.h"
 #include "shortcuts/shortcut_store.h"
 
+#include <gtest/gtest.h>
+
 namespace zxtest {
 namespace {
 
@@ -35,6 +37,11 @@ DWORD WINAPI SeamDeletePrinterDataEx(HANDLE, LPCWSTR key, LPCWSTR name) {
         ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, (PrinterRegistryKey() + L"\\" + key).c_str(), name));
 }
 
+DWORD WINAPI SeamSetPrinterDataEx(HANDLE printer, LPCWSTR key, LPCWSTR name, DWORD type, LPBYTE data, DWORD size) {
+    g_seam->printerDataWrites.push_back({name, type, size});
+    return zx::RealSpoolerPlatform().setPrinterDataEx(printer, key, name, type, data, size);
+}
+
 HRESULT WINAPI SeamCoCreateGuid(GUID* guid) {
     if (!g_seam->nextGuid) return zx::RealSpoolerPlatform().coCreateGuid(guid);
     *guid = *g_seam->nextGuid;
@@ -54,11 +61,14 @@ void InstallShortcutPrinter() {
     (void)installed;
 }
 
+void ClearStoredShortcuts(const std::wstring& userKey) {
+    ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, (PrinterRegistryKey() + L"\\" + zx::kShortcutDataKey).c_str());
+    ::RegDeleteTreeW(HKEY_CURRENT_USER, userKey.c_str());
+}
+
 void ClearShortcutStorage() {
-    const std::wstring driverData = PrinterRegistryKey() + L"\\PrinterDriverData";
-    ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, (driverData + L"\\PrintShortcutData").c_str());
-    ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, driverData.c_str(), L"PrinterGUID");
-    ::RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Velmora");
+    ClearStoredShortcuts(L"Software\\Velmora");
+    ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, (PrinterRegistryKey() + L"\\PrinterDriverData").c_str(), L"PrinterGUID");
 }
 
 namespace {
@@ -80,6 +90,19 @@ std::optional<StoredData> ReadPrinterData(const wchar_t* key, const std::wstring
 
 }  // namespace
 
+void WritePrinterValue(const std::wstring& name, DWORD type, const void* data, DWORD size) {
+    std::wstring printerName = kShortcutPrinter;
+    PRINTER_DEFAULTSW defaults{nullptr, nullptr, PRINTER_ALL_ACCESS};
+    zx::unique_printer printer;
+    ASSERT_TRUE(::OpenPrinterW(printerName.data(), printer.put(), &defaults));
+    ASSERT_EQ(ERROR_SUCCESS, ::SetPrinterDataExW(printer.get(), zx::kShortcutDataKey, name.c_str(), type,
+                                                 static_cast<BYTE*>(const_cast<void*>(data)), size));
+}
+
+void WriteUserValue(const std::wstring& keyPath, const std::wstring& name, DWORD type, const void* data, DWORD size) {
+    ASSERT_EQ(ERROR_SUCCESS, ::RegSetKeyValueW(HKEY_CURRENT_USER, keyPath.c_str(), name.c_str(), type, data, size));
+}
+
 std::optional<StoredData> PrinterShortcutValue(const std::wstring& name) {
     return ReadPrinterData(zx::kShortcutDataKey, name);
 }
@@ -87,8 +110,7 @@ std::optional<StoredData> PrinterShortcutValue(const std::wstring& name) {
 std::optional<std::wstring> PrinterGuidValue() {
     const std::optional<StoredData> value = ReadPrinterData(L"PrinterDriverData", L"PrinterGUID");
     if (!value) return std::nullopt;
-    const std::wstring text = value->Text();
-    return text.substr(0, text.find(L'\0'));
+    return value->Text();
 }
 
 SpoolerSeam::SpoolerSeam() {
@@ -97,6 +119,7 @@ SpoolerSeam::SpoolerSeam() {
     table.openPrinter = SeamOpenPrinter;
     table.closePrinter = SeamClosePrinter;
     table.deletePrinterDataEx = SeamDeletePrinterDataEx;
+    table.setPrinterDataEx = SeamSetPrinterDataEx;
     table.coCreateGuid = SeamCoCreateGuid;
     m_previous = zx::ReplaceSpoolerPlatform(table);
 }

@@ -20,19 +20,29 @@ void InstallShortcutPrinter();
 // Removes every stored shortcut of the printer and its GUID from the printer's registry key
 // (Wine's spooler cannot delete printer data), and the per-user keys of all printers.
 void ClearShortcutStorage();
+// Removes the stored shortcuts of the printer and of one per-user key, keeping the GUID.
+void ClearStoredShortcuts(const std::wstring& userKey);
 
 // The printer's data under "PrinterDriverData\PrintShortcutData" as the spooler gives it.
 struct StoredData {
     DWORD type = REG_NONE;
     std::vector<BYTE> bytes;
-    std::wstring Text() const { return std::wstring(reinterpret_cast<const wchar_t*>(bytes.data()), bytes.size() / 2); }
+    // The text up to its first null.
+    std::wstring Text() const {
+        const std::wstring text(reinterpret_cast<const wchar_t*>(bytes.data()), bytes.size() / sizeof(wchar_t));
+        return text.substr(0, text.find(L'\0'));
+    }
 };
 std::optional<StoredData> PrinterShortcutValue(const std::wstring& name);
+// Writes a value there, or under a per-user key, as any program could.
+void WritePrinterValue(const std::wstring& name, DWORD type, const void* data, DWORD size);
+void WriteUserValue(const std::wstring& keyPath, const std::wstring& name, DWORD type, const void* data, DWORD size);
 std::optional<std::wstring> PrinterGuidValue();
 
 // The seam as a user who may only print sees the spooler: full access to the printer is refused.
 // Deleting printer data, which Wine cannot, deletes through the printer's registry key and is
-// recorded, as are the accesses of every successful open.
+// recorded, as are the accesses of every successful open and the printer data written (Wine's
+// registry adds a terminator to a text written without one, so the size is checked here).
 class SpoolerSeam {
 public:
     SpoolerSeam();
@@ -45,6 +55,13 @@ public:
 
     std::vector<ACCESS_MASK> openedWith;
     std::vector<std::wstring> deletedPrinterData;
+    struct Write {
+        std::wstring name;
+        DWORD type;
+        DWORD size;
+        bool operator==(const Write&) const = default;
+    };
+    std::vector<Write> printerDataWrites;
     int openHandles = 0;
 
 private:
