@@ -89,7 +89,7 @@ HRESULT VUIInterfaceImpl::PrepareDocumentSheet(POEMCUIPPARAM params) {
         resolution->Flags |= OPTIF_HIDE | OPTIF_CHANGED;
         m_properties->CommitOptItem(resolution);
     }
-    // The snapping table of the session is loaded with the dependent-settings rules.
+    m_rules.LoadSnappingTable(m_coreHelper.Get());
     RefreshDeviceLanguage();
     if (m_deviceLanguage != Option::PCLmS) FillPageContext();
 
@@ -190,7 +190,10 @@ HRESULT VUIInterfaceImpl::AddShortcutPages(PPROPSHEETUI_INFO info) {
     HRESULT hr = S_OK;
     POPTITEM shortcutsItem = nullptr;
     if (SUCCEEDED(m_properties->FindItem(Feature::PrintingShortcut, &shortcutsItem)) && shortcutsItem != nullptr) {
-        if (m_deviceLanguage != Option::PCLmS) m_pages.push_back(std::make_unique<VPrintingShortcutPropPage>());
+        if (m_deviceLanguage != Option::PCLmS) {
+            m_rules.ReadAllSettingsFeatures(m_coreHelper.Get());
+            m_pages.push_back(std::make_unique<VPrintingShortcutPropPage>());
+        }
         if (m_deviceClient && m_deviceClient->IsConnected()) {
             for (const auto& page : m_pages) m_deviceClient->Attach(page.get());
             m_deviceClient->Notify();

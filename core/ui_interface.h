@@ -10,6 +10,7 @@
 #include "device/auto_configuration.h"
 #include "device/notifier.h"
 #include "device/udm_client.h"
+#include "settings/sheet_rules.h"
 #include "settings/ui_properties.h"
 #include "shortcuts/shortcut_collection.h"
 #include "util/scoped.h"
@@ -25,7 +26,9 @@ class VUIInterfaceImpl : public CUnknown<IPrintOemUI>,
                          private IUIPlugin,
                          private IObserver,
                          private IDeviceClientHolder,
-                         private zx::IDeviceRequery {
+                         private zx::IDeviceRequery,
+                         private IStandardSheetWindows,
+                         private IShortcutPagesObserver {
 public:
     VUIInterfaceImpl();
     ~VUIInterfaceImpl() override;
@@ -77,6 +80,15 @@ public:
     // The job's settings as the sheet opened, for the Printing Shortcuts pages.
     const JobSettings& PageContext() const noexcept { return m_pageContext; }
 
+    // The document sheet's callback, by reason: the dependent-settings rules with the label work
+    // of the standard page.
+    HRESULT OnDocumentSelectionChanged(const VUICallbackContext& context);
+    HRESULT OnDocumentPageActive(const VUICallbackContext& context);
+    HRESULT OnDocumentPageLeft(const VUICallbackContext& context);
+    HRESULT OnDocumentApply(const VUICallbackContext& context);
+    HRESULT OnDocumentItemFocus(const VUICallbackContext& context);
+    HRESULT OnDocumentItemsReverted(const VUICallbackContext& context);
+
     // Number of UI plug-in objects alive in the process.
     static long LiveCount() noexcept;
 
@@ -85,6 +97,15 @@ private:
     void Update(ISubject* subject) override;
     // IDeviceClientHolder
     void ReplaceDeviceClient(std::shared_ptr<VUDMClient> client) override;
+    // IStandardSheetWindows
+    void RefreshTwoSidedLabel(const VUICallbackContext& context) override;
+    void FollowManualTwoSidedLabel(const VUICallbackContext& context) override;
+    // IShortcutPagesObserver
+    void OnStandardItemsChanged(HWND standardPage, const VUIProperties& settings) override;
+    void OnStandardSelectionChanged(const VUIProperties& settings) override;
+
+    void SetUpStandardPageLabels(const VUICallbackContext& context);
+    UINT TwoSidedLabelAtActivation(const VUICallbackContext& context) const;
 
     void EnsureDeviceClient(const OEMCUIPPARAM* params);
     HRESULT SetUpPrinterSheet(POEMCUIPPARAM params);
@@ -108,4 +129,7 @@ private:
     DWORD m_duplexUnitInstalled = 0;
     std::shared_ptr<VUDMClient> m_deviceClient;
     IBiDiData* m_deviceState = nullptr;
+    VDocumentSheetRules m_rules;
+    HWND m_twoSidedControl = nullptr;
+    bool m_manualOffSeen = false;
 };

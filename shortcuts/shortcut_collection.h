@@ -63,7 +63,7 @@ public:
     // The all-settings option lists of a feature; empty when the feature is not listed.
     const ShortcutOptionNames& AllSettingsOptionNames(std::string_view feature) const;
     const ShortcutOptionIndexes& AllSettingsOptionIndexes(std::string_view feature) const;
-    // The media a black-only device offers in shortcuts; empty on a colour device.
+    // The media a black-only device does not offer in shortcuts; empty on a colour device.
     const zx::MonochromeMediaMap& MonochromeMedia() const noexcept { return m_monochromeMedia; }
 
     // False while a pending shortcut (not yet stored) exists.

@@ -110,7 +110,7 @@ std::string RestrictToMonochromeMedia(std::string_view definition, const Monochr
     chosenDropped = false;
     std::string kept;
     for (size_t i = 0; i + 1 < pieces.size(); ++i) {
-        if (media.count(std::string(pieces[i])) != 0) {
+        if (media.count(std::string(pieces[i])) == 0) {
             kept.append(pieces[i]).push_back(';');
         } else if (i == 0) {
             chosenDropped = true;

@@ -101,13 +101,14 @@ SettingOptionLists ParseSettingOptions(std::string_view definition);
 // when the definition names one of the offered keys, becomes the record's setting.
 void AppendSetting(PrintShortcutRecord& record, const ShortcutSetting& setting, std::string_view definition);
 
-// Media keys that a black-only device offers in shortcuts, each with its option index in the
-// core driver's media list (-1 when the all-settings lists lack it).
+// The media keys that the driver's "MonoConfig" feature lists for a black-only device, each with
+// its option index in the core driver's media list (-1 when the all-settings lists lack it). The
+// standard sheet hides these media on such a device, so the shortcuts do not offer them either.
 using MonochromeMediaMap = std::map<std::string, int32_t>;
 
 // The definition of a MediaType setting as a black-only device offers it: every piece before the
-// last ";" stays only when the map holds it; the last piece always stays. `chosenDropped` tells
-// whether the chosen medium (the first piece) was dropped.
+// last ";" stays only when the map does not hold it; the last piece always stays. `chosenDropped`
+// tells whether the chosen medium (the first piece) was dropped.
 std::string RestrictToMonochromeMedia(std::string_view definition, const MonochromeMediaMap& media,
                                       bool& chosenDropped);
 

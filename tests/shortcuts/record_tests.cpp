@@ -44,8 +44,8 @@ TEST(ShortcutFields, OptionListsOfOneSetting) {
     EXPECT_EQ((std::map<std::string, int32_t>{{"Duplex", 0}}), record.settings);
     EXPECT_EQ("T", record.OptionKey(1, 1));
 
-    // A black-only device keeps the media it offers, and the last piece.
-    const zx::MonochromeMediaMap media{{"PLAIN", 0}, {"THICK", 1}};
+    // A black-only device drops the media it cannot print on, but never the last piece.
+    const zx::MonochromeMediaMap media{{"PHOTO", 2}};
     bool dropped = true;
     EXPECT_EQ("PLAIN;THICK;CARD", zx::RestrictToMonochromeMedia("PLAIN;PHOTO;THICK;CARD", media, dropped));
     EXPECT_FALSE(dropped);
