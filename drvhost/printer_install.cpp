@@ -1,6 +1,7 @@
 #include "drvhost/printer_install.h"
 
 #include "devicesim/device_sim.h"
+#include "drvhost/hresult_text.h"
 #include "drvhost/text.h"
 #include "util/scoped.h"
 
@@ -13,7 +14,13 @@ namespace drvhost {
 namespace {
 
 [[noreturn]] void Fail(const std::string& what) {
-    throw std::runtime_error(what + " failed (error " + std::to_string(::GetLastError()) + ")");
+    throw std::runtime_error(what + " failed: " + Win32ErrorText(::GetLastError()));
+}
+
+void CopyInto(const std::wstring& from, const std::wstring& to, const std::string& what) {
+    if (!::CopyFileW(from.c_str(), to.c_str(), FALSE)) {
+        Fail("copying " + what + " " + WideToUtf8(from) + " to " + WideToUtf8(to));
+    }
 }
 
 bool FileExists(const std::wstring& path) { return ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
@@ -57,11 +64,7 @@ void AddDriver(const PrinterSetup& setup) {
     std::vector<std::wstring> files = dependents;
     files.push_back(kCoreDriverFile);
     files.push_back(kDescriptionFile);
-    for (const std::wstring& file : files) {
-        if (!::CopyFileW((setup.sourceDirectory + file).c_str(), (staging + file).c_str(), FALSE)) {
-            Fail("copying " + WideToUtf8(file));
-        }
-    }
+    for (const std::wstring& file : files) CopyInto(setup.sourceDirectory + file, staging + file, "the driver file");
 
     std::wstring name = kDriverName, environment = kDriverEnvironment, driverFile = kCoreDriverFile,
                  dataFile = kDescriptionFile, dependentList = DependentFiles(dependents);
@@ -140,17 +143,29 @@ void AttachToPort(const std::wstring& printerName, const std::wstring& portName)
     if (!::SetPrinterW(printer.get(), 2, buffer.data(), 0)) Fail("SetPrinter");
 }
 
-void InstallDeviceProfile(const std::wstring& profile, const std::wstring& driverDirectory) {
-    if (!::CopyFileW(profile.c_str(), (driverDirectory + kDeviceProfileFile).c_str(), FALSE)) {
-        Fail("copying " + WideToUtf8(profile));
+// Refused before anything is installed, so that a mistyped profile changes nothing.
+void CheckReadable(const std::wstring& profile) {
+    zx::unique_file file(::CreateFileW(profile.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                       FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file) {
+        throw std::runtime_error("cannot read the device profile " + WideToUtf8(profile) + ": " +
+                                 Win32ErrorText(::GetLastError()));
+    }
+}
+
+void RemoveDeviceProfile(const std::wstring& driverDirectory) {
+    const std::wstring installed = driverDirectory + kDeviceProfileFile;
+    if (!::DeleteFileW(installed.c_str()) && ::GetLastError() != ERROR_FILE_NOT_FOUND) {
+        Fail("removing the device profile " + WideToUtf8(installed));
     }
 }
 
 }  // namespace
 
 InstalledPrinter InstallPrinter(const PrinterSetup& setup) {
-    AddDriver(setup);
     const bool withDevice = !setup.deviceProfile.empty();
+    if (withDevice) CheckReadable(setup.deviceProfile);
+    AddDriver(setup);
     if (withDevice) EnsureLocalPort(kDevicePort);
     InstalledPrinter installed;
     installed.name = setup.printerName;
@@ -162,7 +177,11 @@ InstalledPrinter InstallPrinter(const PrinterSetup& setup) {
     }
     installed.driverDirectory = DriverDirectoryOf(setup.printerName);
     if (installed.driverDirectory.empty()) Fail("GetPrinterDriver");
-    if (withDevice) InstallDeviceProfile(setup.deviceProfile, installed.driverDirectory);
+    if (withDevice) {
+        CopyInto(setup.deviceProfile, installed.driverDirectory + kDeviceProfileFile, "the device profile");
+    } else if (setup.removeDeviceProfile) {
+        RemoveDeviceProfile(installed.driverDirectory);
+    }
     return installed;
 }
 

@@ -26,8 +26,10 @@ struct PrinterSetup {
                                             L"mortaluDataMap.xml"};
     // A device profile for the device simulator: copied into the driver directory, and the
     // printer is attached to the local port kDevicePort, on which the plug-in finds the device.
-    // Empty: the printer keeps its port (FILE: when it is new) and the installed profile stays.
+    // Empty: the printer keeps its port (FILE: when it is new) and the installed profile stays,
+    // unless removeDeviceProfile asks to delete it (no device answers then).
     std::wstring deviceProfile;
+    bool removeDeviceProfile = false;
 };
 
 struct InstalledPrinter {
@@ -36,7 +38,9 @@ struct InstalledPrinter {
     bool created = false;          // false: it was there already
 };
 
-// Adds or refreshes the driver and adds the printer if it is missing. Throws std::runtime_error.
+// Adds or refreshes the driver and adds the printer if it is missing. Throws std::runtime_error
+// naming the file or the step that failed and the reason in words; a device profile that cannot
+// be read is refused before anything changes.
 InstalledPrinter InstallPrinter(const PrinterSetup& setup);
 
 // The printer's driver directory, or empty when the printer is not installed.

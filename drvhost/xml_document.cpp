@@ -1,11 +1,14 @@
 #include "drvhost/xml_document.h"
 
+#include "drvhost/hresult_text.h"
 #include "drvhost/text.h"
+#include "drvhost/xml_check.h"
 #include "util/scoped.h"
 
 #include <objbase.h>
 #include <oleauto.h>
 
+#include <cstring>
 #include <stdexcept>
 
 namespace drvhost {
@@ -15,20 +18,60 @@ namespace {
 constexpr CLSID kDomDocument60 = {0x88d96a05, 0xf192, 0x11d4, {0xa6, 0x5f, 0x00, 0x40, 0x96, 0x32, 0x51, 0xe5}};
 constexpr IID kIXMLDOMDocument2 = {0x2933bf95, 0x7b36, 0x11d2, {0xb2, 0x0e, 0x00, 0xc0, 0x4f, 0x98, 0x3e, 0x60}};
 
-std::string ParseErrorOf(IXMLDOMDocument2* document) {
+std::string Trimmed(std::string text) {
+    while (!text.empty() && (text.back() == '\n' || text.back() == '\r' || text.back() == ' ')) text.pop_back();
+    return text;
+}
+
+// MSXML's account of a refused text when it has a position (Windows), else drvhost's own.
+XmlError ParseErrorOf(IXMLDOMDocument2* document, const std::wstring& text) {
     ComPtr<IXMLDOMParseError> error;
     zx::unique_bstr reason;
-    long line = 0;
+    long line = 0, column = 0;
     if (SUCCEEDED(document->get_parseError(&error)) && error) {
         error->get_reason(reason.put());
         error->get_line(&line);
+        error->get_linepos(&column);
     }
-    std::string text = reason ? WideToUtf8(reason.get()) : "not well-formed";
-    while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
-    return "line " + std::to_string(line) + ": " + text;
+    const std::string parserReason = reason ? Trimmed(WideToUtf8(reason.get())) : std::string();
+    if (line > 0 && !parserReason.empty()) return XmlError(line, column, parserReason);
+    if (const auto problem = FindXmlProblem(text)) return XmlError(problem->line, problem->column, problem->reason);
+    return XmlError(0, 0, "MSXML refuses it (" + (parserReason.empty() ? "no reason given" : parserReason) + ")");
+}
+
+std::string ReadFileBytes(const std::wstring& path) {
+    zx::unique_file file(::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                       FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file) throw std::runtime_error("cannot read " + WideToUtf8(path) + ": " + Win32ErrorText(::GetLastError()));
+    std::string bytes;
+    char buffer[4096];
+    DWORD read = 0;
+    while (::ReadFile(file.get(), buffer, sizeof(buffer), &read, nullptr) && read > 0) bytes.append(buffer, read);
+    return bytes;
+}
+
+// The file's text: UTF-16 after its byte-order mark, otherwise UTF-8 (with or without a mark).
+std::wstring DecodeText(const std::string& bytes, const std::wstring& path) {
+    if (bytes.rfind("\xFF\xFE", 0) == 0) {
+        std::wstring text((bytes.size() - 2) / 2, L'\0');
+        std::memcpy(text.data(), bytes.data() + 2, text.size() * sizeof(wchar_t));
+        return text;
+    }
+    const std::string_view utf8 = bytes.rfind("\xEF\xBB\xBF", 0) == 0 ? std::string_view(bytes).substr(3) : bytes;
+    std::wstring text;
+    if (!Utf8ToWide(utf8, text)) throw std::runtime_error(WideToUtf8(path) + ": not UTF-8 text");
+    return text;
 }
 
 }  // namespace
+
+XmlError::XmlError(int line, int column, const std::string& reason)
+    : std::runtime_error(line > 0
+                             ? "XML line " + std::to_string(line) + ", column " + std::to_string(column) + ": " + reason
+                             : "XML: " + reason),
+      m_line(line),
+      m_column(column),
+      m_reason(reason) {}
 
 ComPtr<IXMLDOMDocument2> ParseXml(const std::wstring& text) {
     ComPtr<IXMLDOMDocument2> document;
@@ -38,8 +81,19 @@ ComPtr<IXMLDOMDocument2> ParseXml(const std::wstring& text) {
     document->put_async(VARIANT_FALSE);
     VARIANT_BOOL loaded = VARIANT_FALSE;
     hr = document->loadXML(zx::MakeBstr(text.data(), static_cast<UINT>(text.size())).get(), &loaded);
-    if (FAILED(hr) || loaded != VARIANT_TRUE) throw std::runtime_error("XML " + ParseErrorOf(document.Get()));
+    if (FAILED(hr) || loaded != VARIANT_TRUE) throw ParseErrorOf(document.Get(), text);
     return document;
+}
+
+ComPtr<IXMLDOMDocument2> LoadXmlFile(const std::wstring& path) {
+    const std::wstring text = DecodeText(ReadFileBytes(path), path);
+    try {
+        return ParseXml(text);
+    } catch (const XmlError& e) {
+        const std::string where =
+            e.Line() > 0 ? ":" + std::to_string(e.Line()) + ":" + std::to_string(e.Column()) + ": " : std::string(": ");
+        throw std::runtime_error(WideToUtf8(path) + where + e.Reason());
+    }
 }
 
 std::wstring SerializeXml(IXMLDOMDocument2* document) {
