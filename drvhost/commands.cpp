@@ -17,6 +17,7 @@
 #include <cstdio>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -25,6 +26,7 @@ namespace drvhost {
 namespace {
 
 constexpr wchar_t kDeviceOption[] = L"--device";
+constexpr wchar_t kPackageOption[] = L"--package";
 constexpr wchar_t kNoDevice[] = L"none";
 constexpr wchar_t kSetOption[] = L"--set";
 constexpr wchar_t kScreenshotOption[] = L"--screenshot";
@@ -36,11 +38,11 @@ std::wstring PrinterNameOf(const CommandLine& line) {
 
 std::string Quoted(const std::wstring& text) { return "\"" + WideToUtf8(text) + "\""; }
 
-InstalledPrinter Install(const std::wstring& printerName, const std::wstring& deviceProfile = {},
-                         bool removeDeviceProfile = false) {
+InstalledPrinter Install(const std::wstring& printerName, const std::wstring& package = {},
+                         const std::wstring& deviceProfile = {}, bool removeDeviceProfile = false) {
     PrinterSetup setup;
     setup.printerName = printerName;
-    setup.sourceDirectory = ProgramDirectory();
+    setup.sourceDirectory = package.empty() ? ProgramDirectory() : package;
     setup.deviceProfile = deviceProfile;
     setup.removeDeviceProfile = removeDeviceProfile;
     return InstallPrinter(setup);
@@ -51,18 +53,17 @@ InstalledPrinter Install(const std::wstring& printerName, const std::wstring& de
 // files again, as after a build.
 InstalledPrinter PrinterFor(const CommandLine& line, bool refresh = false) {
     const std::wstring name = PrinterNameOf(line);
-    const std::wstring directory = DriverDirectoryOf(name);
-    if (directory.empty() && !line.printerName.empty()) {
+    const std::optional<InstalledPrinter> installed = FindInstalledPrinter(name);
+    if (!installed && !line.printerName.empty()) {
         throw UsageError("no printer named " + Quoted(name) + " (install it with: drvhost install --printer " +
                          Quoted(name) + ")");
     }
-    if (!directory.empty() && !refresh) return {name, directory, false};
+    if (installed && !installed->pluginFile.empty() && !refresh) return *installed;
     return Install(name);
 }
 
 std::unique_ptr<DriverHost> LoadDriver(const InstalledPrinter& printer) {
-    return std::make_unique<DriverHost>(LoadPrinterDescription(printer.driverDirectory + kDescriptionFile),
-                                        printer.driverDirectory + kPluginFile, printer.name);
+    return std::make_unique<DriverHost>(LoadPrinterDescription(printer.dataFile), printer.pluginFile, printer.name);
 }
 
 void PrintIdentity(Console& console, DriverHost& host, TicketHost& tickets) {
@@ -162,9 +163,11 @@ void RequirePrintTicket(IXMLDOMDocument2* document, const std::wstring& path) {
 int RunInstall(const CommandLine& line, Console& console) {
     const std::wstring device = line.Value(kDeviceOption);
     const bool removeDevice = device == kNoDevice;
-    const InstalledPrinter printer = Install(PrinterNameOf(line), removeDevice ? std::wstring() : device, removeDevice);
-    console.Print("%s %s\ndriver directory: %s\n", printer.created ? "installed" : "refreshed",
-                  WideToUtf8(printer.name).c_str(), WideToUtf8(printer.driverDirectory).c_str());
+    const InstalledPrinter printer =
+        Install(PrinterNameOf(line), line.Value(kPackageOption), removeDevice ? std::wstring() : device, removeDevice);
+    console.Print("%s %s\ndriver directory: %s\nUI plug-in: %s\n", printer.created ? "installed" : "refreshed",
+                  WideToUtf8(printer.name).c_str(), WideToUtf8(printer.driverDirectory).c_str(),
+                  WideToUtf8(printer.pluginFile).c_str());
     if (removeDevice) {
         console.Print("device: none (the device profile is removed; no device answers)\n");
     } else if (!device.empty()) {
@@ -184,7 +187,7 @@ int RunFeatures(const CommandLine& line, Console& console) {
     const InstalledPrinter printer = PrinterFor(line);
     console.Print("Features of %s: GPD keyword, then PrintTicket name; * marks the default option.\n",
                   WideToUtf8(printer.name).c_str());
-    console.Out(DescribeFeatures(LoadPrinterDescription(printer.driverDirectory + kDescriptionFile)));
+    console.Out(DescribeFeatures(LoadPrinterDescription(printer.dataFile)));
     return 0;
 }
 
@@ -287,6 +290,8 @@ int RunDemo(const CommandLine& line, Console& console) {
 }
 
 constexpr OptionSpec kInstallOptions[] = {
+    {kPackageOption, OptionKind::Value, "DIR",
+     "the driver package to install from (default: the one built beside drvhost, build/bin)"},
     {kDeviceOption, OptionKind::Value, "PROFILE",
      "the device simulator answers from PROFILE on port USB001; \"none\" removes the installed profile"},
 };

@@ -8,7 +8,6 @@
 #include <objbase.h>
 #include <oleauto.h>
 
-#include <cstring>
 #include <stdexcept>
 
 namespace drvhost {
@@ -39,30 +38,6 @@ XmlError ParseErrorOf(IXMLDOMDocument2* document, const std::wstring& text) {
     return XmlError(0, 0, "MSXML refuses it (" + (parserReason.empty() ? "no reason given" : parserReason) + ")");
 }
 
-std::string ReadFileBytes(const std::wstring& path) {
-    zx::unique_file file(::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                       FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file) throw std::runtime_error("cannot read " + WideToUtf8(path) + ": " + Win32ErrorText(::GetLastError()));
-    std::string bytes;
-    char buffer[4096];
-    DWORD read = 0;
-    while (::ReadFile(file.get(), buffer, sizeof(buffer), &read, nullptr) && read > 0) bytes.append(buffer, read);
-    return bytes;
-}
-
-// The file's text: UTF-16 after its byte-order mark, otherwise UTF-8 (with or without a mark).
-std::wstring DecodeText(const std::string& bytes, const std::wstring& path) {
-    if (bytes.rfind("\xFF\xFE", 0) == 0) {
-        std::wstring text((bytes.size() - 2) / 2, L'\0');
-        std::memcpy(text.data(), bytes.data() + 2, text.size() * sizeof(wchar_t));
-        return text;
-    }
-    const std::string_view utf8 = bytes.rfind("\xEF\xBB\xBF", 0) == 0 ? std::string_view(bytes).substr(3) : bytes;
-    std::wstring text;
-    if (!Utf8ToWide(utf8, text)) throw std::runtime_error(WideToUtf8(path) + ": not UTF-8 text");
-    return text;
-}
-
 }  // namespace
 
 XmlError::XmlError(int line, int column, const std::string& reason)
@@ -86,7 +61,7 @@ ComPtr<IXMLDOMDocument2> ParseXml(const std::wstring& text) {
 }
 
 ComPtr<IXMLDOMDocument2> LoadXmlFile(const std::wstring& path) {
-    const std::wstring text = DecodeText(ReadFileBytes(path), path);
+    const std::wstring text = ReadTextFile(path);
     try {
         return ParseXml(text);
     } catch (const XmlError& e) {
