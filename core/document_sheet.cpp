@@ -63,6 +63,7 @@ HRESULT VUIInterfaceImpl::SetUpDocumentSheet(POEMCUIPPARAM params) {
 }
 
 HRESULT VUIInterfaceImpl::PrepareDocumentSheet(POEMCUIPPARAM params) {
+    EndDocumentSession();
     auto* block = static_cast<VPrivateDevMode*>(params->pOEMDM);
     m_properties = std::make_unique<VUIProperties>(block);
     m_properties->SetInterfaces(m_driverUI.Get(), m_coreHelper.Get());
@@ -95,6 +96,21 @@ HRESULT VUIInterfaceImpl::PrepareDocumentSheet(POEMCUIPPARAM params) {
 
     ApplyTwoSidedAvailability();
     return m_properties->HideBookkeepingItems();
+}
+
+// A new document sheet starts a new session: the pages and the settings object of an earlier
+// sheet go (the pages first: they use the settings object), and so does what the rules remembered.
+void VUIInterfaceImpl::EndDocumentSession() {
+    if (m_deviceClient) {
+        m_deviceClient->DetachAll();
+        if (m_deviceClient->IsConnected()) m_deviceClient->Attach(this);
+    }
+    while (!m_pages.empty()) m_pages.pop_back();
+    m_properties.reset();
+    m_rules = VDocumentSheetRules();
+    m_pageContext.clear();
+    m_twoSidedControl = nullptr;
+    m_manualOffSeen = false;
 }
 
 // The manual two-sided item is the plug-in's own: it starts on exactly when the printer is

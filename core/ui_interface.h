@@ -111,6 +111,7 @@ private:
     HRESULT SetUpPrinterSheet(POEMCUIPPARAM params);
     HRESULT SetUpDocumentSheet(POEMCUIPPARAM params);
     HRESULT PrepareDocumentSheet(POEMCUIPPARAM params);
+    void EndDocumentSession();
     void SetUpManualTwoSidedItem();
     void ApplyTwoSidedAvailability();
     void FillPageContext();

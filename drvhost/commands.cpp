@@ -31,6 +31,10 @@ constexpr wchar_t kNoDevice[] = L"none";
 constexpr wchar_t kSetOption[] = L"--set";
 constexpr wchar_t kScreenshotOption[] = L"--screenshot";
 constexpr wchar_t kPrinterSheetOption[] = L"--printer-sheet";
+constexpr wchar_t kStepOption[] = L"--step";
+constexpr wchar_t kPrinterScreenshotOption[] = L"--printer-screenshot";
+// The device of the main job's printer sheet: one without a two-sided unit.
+constexpr wchar_t kDemoDevice[] = L"devices\\mono-basic.profile";
 
 std::wstring PrinterNameOf(const CommandLine& line) {
     return line.printerName.empty() ? std::wstring(kDefaultPrinterName) : line.printerName;
@@ -168,6 +172,8 @@ int RunInstall(const CommandLine& line, Console& console) {
     console.Print("%s %s\ndriver directory: %s\nUI plug-in: %s\n", printer.created ? "installed" : "refreshed",
                   WideToUtf8(printer.name).c_str(), WideToUtf8(printer.driverDirectory).c_str(),
                   WideToUtf8(printer.pluginFile).c_str());
+    console.Print("printer-initialise event: %s\n",
+                  PluginResultText(PluginCall::UiMethod, LoadDriver(printer)->RaisePrinterInitialise()).c_str());
     if (removeDevice) {
         console.Print("device: none (the device profile is removed; no device answers)\n");
     } else if (!device.empty()) {
@@ -228,36 +234,88 @@ int RunCaps(const CommandLine& line, Console& console) {
     return 0;
 }
 
-void RunSheet(Console& console, DriverHost& host, bool printerSheet, const std::wstring& screenshot) {
+std::vector<SheetStep> ParseSteps(const std::vector<std::wstring>& texts) {
+    std::vector<SheetStep> steps;
+    for (const std::wstring& text : texts) {
+        std::string problem;
+        const std::optional<SheetStep> step = ParseSheetStep(text, problem);
+        if (!step) throw UsageError(problem);
+        steps.push_back(*step);
+    }
+    return steps;
+}
+
+// The printer sheet's configuration items as they stand: option and whether the user can change it.
+void PrintConfiguration(Console& console, DriverHost& host, UiSession& session) {
+    for (const FeatureDescription& feature : host.Core().Description().features) {
+        const POPTITEM item = session.Item(feature.keyword);
+        if (feature.sheet != FeatureSheet::Printer || item == nullptr || item->Sel < 0 ||
+            static_cast<size_t>(item->Sel) >= feature.options.size()) {
+            continue;
+        }
+        console.Print("%-24s %s%s\n", feature.keyword.c_str(),
+                      WideToUtf8(feature.options[item->Sel].displayName).c_str(),
+                      (item->Flags & OPTIF_DISABLED) ? " (disabled)" : "");
+    }
+}
+
+struct SheetRequest {
+    bool printerSheet = false;
+    std::vector<SheetStep> steps;
+    std::wstring screenshot;
+    std::vector<std::wstring> jobSettings;
+};
+
+// Opens a property sheet as the core driver does, carries out the steps and reports what the
+// plug-in answered, what came up and what changed in the job. False when the sheet could not be
+// shown or a step could not be done.
+bool OpenSheet(Console& console, DriverHost& host, const SheetRequest& request) {
     auto job = host.NewDefaultJob();
-    UiSession session(host, printerSheet ? FeatureSheet::Printer : FeatureSheet::Document, job.get());
+    SetFeatures(host, *job, request.jobSettings);
+    const auto before = std::make_unique<JobDevMode>(*job);
+    UiSession session(host, request.printerSheet ? FeatureSheet::Printer : FeatureSheet::Document, job.get());
     session.Open();
     console.Print("CommonUIProp:           %s\n",
                   PluginResultText(PluginCall::UiMethod, session.CommonUIPropResult()).c_str());
-    if (!printerSheet) {
+    if (!request.printerSheet) {
         console.Print("DocumentPropertySheets: %s\n",
                       PluginResultText(PluginCall::UiMethod, session.PropertySheetsResult()).c_str());
+        console.Print("pages added by plug-in: %zu%s\n", session.Pages().size(),
+                      session.StartPage() ? " (the Printing Shortcuts page is the start page)" : "");
     }
-    console.Print("pages added by plug-in: %zu%s\n", session.Pages().size(),
-                  session.StartPage() ? " (one is the start page)" : "");
     DWORD hidden = 0;
     for (DWORD i = 0; i < session.Items().Count(); ++i)
         hidden += (session.Items().Items()[i].Flags & OPTIF_HIDE) ? 1 : 0;
     console.Print("items:                  %lu (%lu hidden by the plug-in)\n", session.Items().Count(), hidden);
+    if (request.printerSheet) PrintConfiguration(console, host, session);
 
-    if (screenshot.empty()) return;
+    if (request.steps.empty() && request.screenshot.empty()) return true;
+    SheetRun run;
     std::string problem;
-    if (ShowSheet(session, screenshot, problem)) {
-        console.Print("screenshot:             %s\n", WideToUtf8(screenshot).c_str());
-    } else {
-        console.Print("screenshot:             none (%s)\n", problem.c_str());
+    const bool done = RunSheet(session, request.steps, request.screenshot, run, problem);
+    for (const std::string& event : run.events) console.Print("%s\n", event.c_str());
+    if (!request.printerSheet && !request.steps.empty()) {
+        console.Print("job settings changed:\n");
+        PrintChangedSelections(console, host, *before, *job);
     }
+    if (!done) {
+        console.Error(problem);
+        return false;
+    }
+    if (!request.screenshot.empty() && !run.closedByStep) {
+        console.Print("screenshot:             %s\n", WideToUtf8(request.screenshot).c_str());
+    }
+    return true;
 }
 
 int RunUi(const CommandLine& line, Console& console) {
     auto host = LoadDriver(PrinterFor(line));
-    RunSheet(console, *host, line.Has(kPrinterSheetOption), line.Value(kScreenshotOption));
-    return 0;
+    SheetRequest request;
+    request.printerSheet = line.Has(kPrinterSheetOption);
+    request.steps = ParseSteps(line.Values(kStepOption));
+    request.screenshot = line.Value(kScreenshotOption);
+    request.jobSettings = line.Values(kSetOption);
+    return OpenSheet(console, *host, request) ? 0 : 1;
 }
 
 int RunDemo(const CommandLine& line, Console& console) {
@@ -285,8 +343,26 @@ int RunDemo(const CommandLine& line, Console& console) {
     PrintPluginBlock(console, *applied);
 
     console.Print("\n== Document property sheet ==\n");
-    RunSheet(console, *host, false, line.Value(kScreenshotOption));
-    return 0;
+    SheetRequest document;
+    document.screenshot = line.Value(kScreenshotOption);
+    if (!OpenSheet(console, *host, document)) return 1;
+
+    console.Print("\n== The user picks the shortcut \"Photo Printing - Borderless\" and clicks OK ==\n");
+    SheetRequest shortcut;
+    shortcut.steps = ParseSteps({L"shortcut=Photo Printing - Borderless", L"ok"});
+    if (!OpenSheet(console, *host, shortcut)) return 1;
+
+    console.Print("\n== Printer property sheet, the printer on a device without a two-sided unit ==\n");
+    const InstalledPrinter printer = Install(PrinterNameOf(line), {}, ProgramDirectory() + kDemoDevice);
+    auto onDevice = LoadDriver(printer);
+    console.Print("printer-initialise event: %s\n",
+                  PluginResultText(PluginCall::UiMethod, onDevice->RaisePrinterInitialise()).c_str());
+    SheetRequest printerSheet;
+    printerSheet.printerSheet = true;
+    printerSheet.screenshot = line.Value(kPrinterScreenshotOption);
+    const bool shown = OpenSheet(console, *onDevice, printerSheet);
+    Install(PrinterNameOf(line), {}, {}, true);  // the device goes again
+    return shown ? 0 : 1;
 }
 
 constexpr OptionSpec kInstallOptions[] = {
@@ -301,10 +377,16 @@ constexpr OptionSpec kTicketOptions[] = {
 };
 constexpr OptionSpec kUiOptions[] = {
     {kPrinterSheetOption, OptionKind::Flag, "", "the printer property sheet instead of the document one"},
+    {kSetOption, OptionKind::RepeatedValue, "FEATURE=OPTION", "the job's option before the sheet opens"},
+    {kStepOption, OptionKind::RepeatedValue, "STEP",
+     "do what a person does, in order (several --step); STEP is one of:\n"
+     "  shortcut=NAME, setting=LABEL=ENTRY, save-as=NAME, delete, page=TITLE,\n"
+     "  option=FEATURE=ENTRY, revert, apply, ok, cancel, screenshot=FILE.png"},
     {kScreenshotOption, OptionKind::Value, "FILE.png", "show the sheet, save a picture of it and close it"},
 };
 constexpr OptionSpec kDemoOptions[] = {
     {kScreenshotOption, OptionKind::Value, "FILE.png", "save a picture of the document property sheet"},
+    {kPrinterScreenshotOption, OptionKind::Value, "FILE.png", "save a picture of the printer property sheet"},
 };
 
 constexpr CommandSpec kCommands[] = {

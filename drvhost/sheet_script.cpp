@@ -23,6 +23,7 @@ constexpr StepSyntax kSteps[] = {
     {L"delete", SheetStep::Action::Delete, 0},
     {L"page", SheetStep::Action::SwitchPage, 1},
     {L"option", SheetStep::Action::SelectOption, 2},
+    {L"revert", SheetStep::Action::Revert, 0},
     {L"apply", SheetStep::Action::Apply, 0},
     {L"ok", SheetStep::Action::Ok, 0},
     {L"cancel", SheetStep::Action::Cancel, 0},
@@ -71,6 +72,7 @@ const char* SheetStepHelp() {
            "  delete                  click Delete\n"
            "  page=TITLE              click the tab of the page TITLE\n"
            "  option=FEATURE=ENTRY    choose ENTRY of FEATURE on the standard page\n"
+           "  revert                  click Undo Changes on the standard page\n"
            "  apply | ok | cancel     click Apply, OK or Cancel\n"
            "  screenshot=FILE         save a picture of the sheet (PNG)\n";
 }

@@ -19,6 +19,7 @@ struct SheetStep {
         Delete,          // delete                    click Delete
         SwitchPage,      // page=TITLE                click the page's tab
         SelectOption,    // option=FEATURE=ENTRY      choose an option on the standard page
+        Revert,          // revert                    click Undo Changes on the standard page
         Apply,           // apply                     click Apply
         Ok,              // ok                        click OK
         Cancel,          // cancel                    click Cancel

@@ -24,13 +24,19 @@ constexpr WORD kButtonClass = 0x0080;
 constexpr WORD kStaticClass = 0x0082;
 constexpr WORD kComboClass = 0x0085;
 
-// Where the core driver's standard page puts an item's list box, relative to the item's first
-// control identifier (its label).
+// Where the core driver's standard page puts an item's list box and label, relative to the
+// item's first control identifier. The two-sided item has its label on a line of its own, above
+// its list, where the plug-in can widen it.
 WORD ListControlOffset(std::string_view feature) {
-    if (feature == "MediaType") return 2;
+    if (feature == "MediaType" || feature == "Duplex") return 2;
     if (feature == "DocumentNUp") return 4;
     return 1;
 }
+WORD LabelOffset(std::string_view feature) { return feature == "Duplex" ? 1 : 0; }
+bool LabelAboveList(std::string_view feature) { return feature == "Duplex"; }
+
+// The standard page's button that puts the items back as they were when the sheet opened.
+constexpr WORD kRevertButton = 0x7F00;
 
 // The identifiers of an item with three choices shown as buttons.
 constexpr WORD kRadioOffsets[] = {2, 4, 6};
@@ -95,27 +101,38 @@ private:
 // The standard page: one row per visible item, a label and a list, or three buttons.
 class StandardPage {
 public:
-    explicit StandardPage(UiSession& session) : m_session(session), m_template(L"Layout and Quality", 280, 10) {}
+    explicit StandardPage(UiSession& session)
+        : m_session(session),
+          m_template(session.Sheet() == FeatureSheet::Document ? L"Layout and Quality" : L"Device Settings", 280, 10) {}
 
     PROPSHEETPAGEW Build() {
         OptionItems& items = m_session.Items();
         std::vector<OPTITEM*> visible;
+        size_t lines = 0;
         for (DWORD i = 0; i < items.Count(); ++i) {
-            if (!(items.Items()[i].Flags & OPTIF_HIDE)) visible.push_back(&items.Items()[i]);
+            if (items.Items()[i].Flags & OPTIF_HIDE) continue;
+            visible.push_back(&items.Items()[i]);
+            lines += LinesOf(items.Items()[i]);
         }
         // Two columns, filled top to bottom.
-        const size_t perColumn = (visible.size() + 1) / 2;
-        for (size_t index = 0; index < visible.size(); ++index) {
-            const short x = static_cast<short>(kMargin + (index / perColumn) * kColumnWidth);
-            const short y = static_cast<short>(kMargin + (index % perColumn) * kRowHeight);
-            AddRow(*visible[index], x, y);
+        const size_t perColumn = (lines + 1) / 2;
+        size_t line = 0;
+        for (OPTITEM* item : visible) {
+            const size_t column = line < perColumn ? 0 : 1;
+            const size_t row = column == 0 ? line : line - perColumn;
+            AddRow(*item, static_cast<short>(kMargin + column * kColumnWidth),
+                   static_cast<short>(kMargin + row * kRowHeight));
+            line += LinesOf(*item);
         }
-        m_template.Resize(2 * kColumnWidth, static_cast<short>(2 * kMargin + perColumn * kRowHeight));
+        const short buttonY = static_cast<short>(kMargin + (perColumn + 1) * kRowHeight);
+        if (m_session.Sheet() == FeatureSheet::Document) {
+            m_template.Add(kButtonClass, BS_PUSHBUTTON | WS_TABSTOP, kMargin, buttonY, 70, 14, kRevertButton,
+                           L"Undo Changes");
+        }
+        m_template.Resize(2 * kColumnWidth, static_cast<short>(buttonY + 14 + kMargin));
         PROPSHEETPAGEW page{};
         page.dwSize = sizeof(page);
-        // Created with the sheet, as the common UI's own page is: it applies the core driver's
-        // items whichever page the user leaves the sheet on.
-        page.dwFlags = PSP_DLGINDIRECT | PSP_PREMATURE;
+        page.dwFlags = PSP_DLGINDIRECT;
         page.pResource = m_template.Get();
         page.pfnDlgProc = &DialogProc;
         page.lParam = reinterpret_cast<LPARAM>(this);
@@ -124,6 +141,13 @@ public:
 
     // The page's window once the sheet has created it; null before.
     HWND Dialog() const noexcept { return m_dialog; }
+    // How often the page applied the items; it applies only once the sheet has created it.
+    int Applies() const noexcept { return m_applies; }
+    // The common UI applies the core driver's items whichever page the user leaves the sheet on:
+    // when the sheet never showed this page, that apply is done here.
+    void ApplyUnlessDone(int appliesBefore) {
+        if (m_applies == appliesBefore) m_session.Apply(nullptr);
+    }
 
     // Chooses an option of a shown item as a person's click does: the option's button, or the
     // entry of the item's list followed by the list's selection-change notification.
@@ -154,15 +178,25 @@ public:
     }
 
 private:
+    static std::string_view FeatureOf(const OPTITEM& item) {
+        return static_cast<const FeatureRecord*>(reinterpret_cast<void*>(item.UserData))->keyword;
+    }
+    static size_t LinesOf(const OPTITEM& item) { return LabelAboveList(FeatureOf(item)) ? 2 : 1; }
+
     void AddRow(OPTITEM& item, short x, short y) {
-        Row row{&item, static_cast<const FeatureRecord*>(reinterpret_cast<void*>(item.UserData))->keyword,
-                item.pOptType->Type == TVOT_3STATES};
+        Row row{&item, FeatureOf(item), item.pOptType->Type == TVOT_3STATES};
         const WORD first = item.pOptType->BegCtrlID;
         const short controlX = static_cast<short>(x + kLabelWidth);
-        m_template.Add(kStaticClass, SS_LEFT, x, static_cast<short>(y + 2), kLabelWidth - 4, 10, first, item.pName);
+        const WORD label = static_cast<WORD>(first + LabelOffset(row.feature));
+        if (LabelAboveList(row.feature)) {
+            m_template.Add(kStaticClass, SS_LEFT, x, static_cast<short>(y + 2), kLabelWidth - 4, 10, label, item.pName);
+            y = static_cast<short>(y + kRowHeight);
+        } else {
+            m_template.Add(kStaticClass, SS_LEFT, x, static_cast<short>(y + 2), kLabelWidth - 4, 10, label, item.pName);
+        }
         if (row.radio) {
             for (size_t option = 0; option < 3; ++option) {
-                m_template.Add(kButtonClass, BS_AUTORADIOBUTTON | WS_TABSTOP,
+                m_template.Add(kButtonClass, BS_AUTORADIOBUTTON | BS_NOTIFY | WS_TABSTOP,
                                static_cast<short>(controlX + option * kRadioWidth), y, kRadioWidth - 2, 12,
                                static_cast<WORD>(first + kRadioOffsets[option]),
                                item.pOptType->pOptParam[option].pData);
@@ -197,8 +231,18 @@ private:
     }
 
     BOOL OnCommand(HWND dialog, WORD id, WORD code) {
+        if (id == kRevertButton && code == BN_CLICKED) {
+            m_session.RevertItems(dialog);
+            Refresh(dialog);
+            RelabelButtons(dialog);
+            return TRUE;
+        }
         for (Row& row : m_rows) {
             const WORD first = row.item->pOptType->BegCtrlID;
+            if (IsControlOf(row, id) && (code == BN_SETFOCUS || code == CBN_SETFOCUS)) {
+                m_session.Callback(CPSUICB_REASON_OPTITEM_SETFOCUS, row.item, row.item->Sel, dialog);
+                return TRUE;
+            }
             LONG chosen = -1;
             if (row.radio && code == BN_CLICKED) {
                 for (LONG option = 0; option < 3; ++option) {
@@ -212,10 +256,31 @@ private:
             if (chosen < 0 || chosen == row.item->Sel) continue;
             m_session.SelectOption(row.feature, chosen, dialog);
             Refresh(dialog);
+            RelabelButtons(dialog);
             ::SendMessageW(::GetParent(dialog), PSM_CHANGED, reinterpret_cast<WPARAM>(dialog), 0);
             return TRUE;
         }
         return FALSE;
+    }
+
+    static bool IsControlOf(const Row& row, WORD id) {
+        const WORD first = row.item->pOptType->BegCtrlID;
+        if (!row.radio) return id == first + ListControlOffset(row.feature);
+        for (WORD offset : kRadioOffsets) {
+            if (id == first + offset) return true;
+        }
+        return false;
+    }
+
+    // After a change the common UI writes the option buttons' texts again from its items.
+    void RelabelButtons(HWND dialog) {
+        for (const Row& row : m_rows) {
+            if (!row.radio) continue;
+            const WORD first = row.item->pOptType->BegCtrlID;
+            for (LONG option = 0; option < 3; ++option) {
+                ::SetDlgItemTextW(dialog, first + kRadioOffsets[option], row.item->pOptType->pOptParam[option].pData);
+            }
+        }
     }
 
     BOOL OnNotify(HWND dialog, const NMHDR* header) {
@@ -228,6 +293,7 @@ private:
         case PSN_KILLACTIVE: m_session.Callback(CPSUICB_REASON_KILLACTIVE, first, 0, dialog); break;
         case PSN_APPLY:
             m_session.Apply(dialog);
+            ++m_applies;
             ::SetWindowLongPtrW(dialog, DWLP_MSGRESULT, PSNRET_NOERROR);
             return TRUE;
         default: return FALSE;
@@ -242,7 +308,7 @@ private:
             const WORD first = row.item->pOptType->BegCtrlID;
             const bool hidden = row.item->Flags & OPTIF_HIDE;
             const bool enabled = !(row.item->Flags & OPTIF_DISABLED);
-            std::vector<HWND> controls = {::GetDlgItem(dialog, first)};
+            std::vector<HWND> controls = {::GetDlgItem(dialog, first + LabelOffset(row.feature))};
             if (row.radio) {
                 for (LONG option = 0; option < 3; ++option) {
                     HWND button = ::GetDlgItem(dialog, first + kRadioOffsets[option]);
@@ -279,6 +345,7 @@ private:
     DialogTemplate m_template;
     std::vector<Row> m_rows;
     HWND m_dialog = nullptr;
+    int m_applies = 0;
 };
 
 // Runs the thread's messages until none but timers came for a while (the windows have settled)
@@ -436,6 +503,9 @@ public:
         case SheetStep::Action::SelectOption:
             return m_standard.Dialog() != nullptr ? m_standard.ChooseOption(WideToUtf8(step.name), step.entry, problem)
                                                   : (problem = "the standard page has not been shown yet", false);
+        case SheetStep::Action::Revert:
+            return m_standard.Dialog() != nullptr ? Click(m_standard.Dialog(), kRevertButton, problem)
+                                                  : (problem = "the standard page has not been shown yet", false);
         case SheetStep::Action::Apply: return Click(m_sheet, kApplyButton, problem);
         case SheetStep::Action::Ok: return Click(m_sheet, IDOK, problem);
         case SheetStep::Action::Cancel: return Click(m_sheet, IDCANCEL, problem);
@@ -573,6 +643,28 @@ private:
     StandardPage& m_standard;
 };
 
+// The sheet's OK and Apply buttons also apply the core driver's items when the standard page was
+// never shown (the sheet sends its pages' apply only to the pages it created).
+thread_local StandardPage* t_sheetStandardPage = nullptr;
+
+LRESULT CALLBACK SheetButtons(HWND sheet, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR data) {
+    auto* standard = reinterpret_cast<StandardPage*>(data);
+    const bool applies = message == WM_COMMAND && HIWORD(wParam) == BN_CLICKED &&
+                         (LOWORD(wParam) == IDOK || LOWORD(wParam) == kApplyButton);
+    if (message == WM_NCDESTROY) ::RemoveWindowSubclass(sheet, &SheetButtons, 1);
+    const int before = standard->Applies();
+    const LRESULT result = ::DefSubclassProc(sheet, message, wParam, lParam);
+    if (applies) standard->ApplyUnlessDone(before);
+    return result;
+}
+
+int CALLBACK SheetCreated(HWND sheet, UINT message, LPARAM) {
+    if (message == PSCB_INITIALIZED && t_sheetStandardPage != nullptr) {
+        ::SetWindowSubclass(sheet, &SheetButtons, 1, reinterpret_cast<DWORD_PTR>(t_sheetStandardPage));
+    }
+    return 0;
+}
+
 HWND CreateSheet(UiSession& session, StandardPage& standard, bool modeless, std::string& problem) {
     INITCOMMONCONTROLSEX controls{sizeof(controls), ICC_WIN95_CLASSES | ICC_STANDARD_CLASSES};
     ::InitCommonControlsEx(&controls);
@@ -591,7 +683,9 @@ HWND CreateSheet(UiSession& session, StandardPage& standard, bool modeless, std:
 
     PROPSHEETHEADERW header{};
     header.dwSize = sizeof(header);
-    header.dwFlags = modeless ? PSH_MODELESS : 0;
+    header.dwFlags = PSH_USECALLBACK | (modeless ? PSH_MODELESS : 0);
+    header.pfnCallback = &SheetCreated;
+    t_sheetStandardPage = &standard;
     header.pszCaption = L"ZX Inkjet Simulator Printing Preferences";
     header.nPages = static_cast<UINT>(pages.size());
     header.nStartPage = startPage;

@@ -189,7 +189,7 @@ TEST_F(Snapping, SamplePrinterPhotoAndEdgeToEdgePapers) {
     EXPECT_EQ((Options{"3", "High", "2.0.1_1_1200x1200", "None", "2.0.1_1_1200x1200", "High"}), shown());
     sheet.Choose("PaperSize", "ZX_EDGETOEDGE_A4");
     EXPECT_EQ((Options{"7", "Normal", "1.0.0_1_600x600", "BorderlessOverspray", "1.0.0_1_600x600", "Normal"}), shown());
-    EXPECT_EQ(3u, sheet.block.dwInputBinIndex);
+    EXPECT_EQ(4u, sheet.block.dwInputBinIndex);
     sheet.Choose("PaperSize", "A4");  // borderless stays on: the borderless A4 rule
     EXPECT_EQ((Options{"2", "High", "1.0.0_1_600x600", "BorderlessOverspray"}),
               sheet.Shown({"InputBin", "PageOutputQuality", "MediaType", "BorderlessPrint"}));
@@ -229,7 +229,7 @@ TEST_F(QualityAndMemories, ResolutionLockMemoriesAndTouch) {
     EXPECT_EQ((Options{"2.1.1_1_1200x1200", "On"}), media.Shown({"MediaTypePrev", "TouchByUser"}));
     source.Choose("InputBin", "2");  // marks the job as the user's, which ends snapping
     EXPECT_EQ((Options{"On"}), source.Shown({"TouchByUser"}));
-    EXPECT_EQ(std::pair(DWORD{2}, true), std::pair(source.block.dwInputBinIndex, source.rules.UserOverride()));
+    EXPECT_EQ(std::pair(DWORD{3}, true), std::pair(source.block.dwInputBinIndex, source.rules.UserOverride()));
 }
 
 // Two-sided printing offers the margins choice, with binding margins unless the user chose;
@@ -335,7 +335,7 @@ TEST_F(PageRules, PageLeftApplyRevertAndTheAllSettingsFeatures) {
     sheet.block.dwNUpIndex = 2;
     EXPECT_EQ(S_OK, sheet.rules.OnPageLeft(sheet.Context()));
     EXPECT_EQ((Options{"3", "HORIZONTAL", "1"}), sheet.Shown({"InputBin", "Duplex", "DocumentNUp"}));
-    EXPECT_EQ(3u, sheet.block.dwInputBinIndex);
+    EXPECT_EQ(4u, sheet.block.dwInputBinIndex);
 
     FakeCoreHelper helper;
     helper.SetOptionList("AllSettingsfor_PS", {"MediaType:27", "NoSeparator", "DocumentNUp:26", "A:1", "B:2", "C:3"});
