@@ -709,6 +709,21 @@ bool ShowSheet(UiSession& session, const std::wstring& screenshotPath, std::stri
     return RunSheet(session, {}, screenshotPath, run, problem);
 }
 
+bool OpenAndCloseSheet(UiSession& session, std::string& problem) {
+    StandardPage standard(session);
+    HWND sheet = CreateSheet(session, standard, true, problem);
+    if (sheet == nullptr) return false;
+    MSG message;
+    while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        if (!PropSheet_IsDialogMessage(sheet, &message)) {
+            ::TranslateMessage(&message);
+            ::DispatchMessageW(&message);
+        }
+    }
+    ::DestroyWindow(sheet);
+    return true;
+}
+
 bool RunSheet(UiSession& session, const std::vector<SheetStep>& steps, const std::wstring& screenshotPath,
               SheetRun& run, std::string& problem, const SheetInspector& inspect) {
     StandardPage standard(session);

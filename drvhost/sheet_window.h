@@ -20,6 +20,10 @@ bool HasDisplay();
 // be shown or captured.
 bool ShowSheet(UiSession& session, const std::wstring& screenshotPath, std::string& problem);
 
+// Opens the sheet without showing it to anyone, lets it handle what its opening queued and closes
+// it: the cost of a sheet's opening, for the benchmarks. False, with the reason, without a display.
+bool OpenAndCloseSheet(UiSession& session, std::string& problem);
+
 // What a scripted sheet did: one line per message box that came up ("message box CAPTION: TEXT",
 // answered OK as a person would) and per step that could not be done.
 struct SheetRun {

@@ -153,6 +153,8 @@ LONG_PTR CALLBACK UiSession::ComPropSheet(HANDLE sheet, UINT function, LPARAM lP
         HPROPSHEETPAGE handle = page ? ::CreatePropertySheetPageW(page) : nullptr;
         if (handle == nullptr) return 0;
         session->m_pages.push_back(handle);
+        const auto* bytes = reinterpret_cast<const BYTE*>(page);
+        session->m_pageDescriptions.emplace_back(bytes, bytes + page->dwSize);
         return reinterpret_cast<LONG_PTR>(handle);
     }
     case CPSFUNC_SET_HSTARTPAGE: {

@@ -53,6 +53,10 @@ public:
     // so that a cancelled sheet leaves the job as it was.
     LONG Apply(HWND dialog = nullptr);
 
+    // The descriptions of the pages that the plug-in added, as it handed them over (their dialog
+    // template, procedure and parameter), for a host that creates a page's dialog by itself.
+    const std::vector<std::vector<BYTE>>& PageDescriptions() const noexcept { return m_pageDescriptions; }
+
     // Pages that the plug-in added through the common UI's sheet callback.
     const std::vector<HPROPSHEETPAGE>& Pages() const noexcept { return m_pages; }
     HPROPSHEETPAGE StartPage() const noexcept { return m_startPage; }
@@ -88,6 +92,7 @@ private:
     HRESULT m_commonUIPropResult = E_PENDING;
     HRESULT m_propertySheetsResult = S_FALSE;
     std::vector<HPROPSHEETPAGE> m_pages;
+    std::vector<std::vector<BYTE>> m_pageDescriptions;
     HPROPSHEETPAGE m_startPage = nullptr;
     std::vector<std::pair<HANDLE, LONG_PTR>> m_results;
     bool m_initialised = false;
