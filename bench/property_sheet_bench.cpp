@@ -26,6 +26,8 @@ constexpr int kWarmUpRounds = 3;
 constexpr int kDefaultRounds = 40;
 constexpr int kStoredShortcuts = 25;
 constexpr wchar_t kShortcutDataKey[] = L"PrinterDriverData\\PrintShortcutData";
+// A printer of its own, so that the stored shortcuts do not show on the simulated printer.
+constexpr wchar_t kBenchmarkPrinter[] = L"ZX Sheet Benchmark Printer";
 
 // A UI plug-in that leaves everything to the core driver: the sheet as it is without the plug-in.
 class CoreDriverOnly final : public IPrintOemUI {
@@ -114,6 +116,7 @@ int wmain(int argc, wchar_t** argv) {
         if (!HasDisplay()) throw std::runtime_error("no display (run under xvfb-run)");
 
         PrinterSetup setup;
+        setup.printerName = kBenchmarkPrinter;
         setup.sourceDirectory = ProgramDirectory();
         const InstalledPrinter printer = InstallPrinter(setup);
         StoreShortcuts(printer.name);

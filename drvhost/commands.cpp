@@ -361,7 +361,8 @@ int RunDemo(const CommandLine& line, Console& console) {
     printerSheet.printerSheet = true;
     printerSheet.screenshot = line.Value(kPrinterScreenshotOption);
     const bool shown = OpenSheet(console, *onDevice, printerSheet);
-    Install(PrinterNameOf(line), {}, {}, true);  // the device goes again
+    // The device goes again, and the printer forgets its answers, as after an installation.
+    LoadDriver(Install(PrinterNameOf(line), {}, {}, true))->RaisePrinterInitialise();
     return shown ? 0 : 1;
 }
 
