@@ -33,6 +33,7 @@ constexpr wchar_t kScreenshotOption[] = L"--screenshot";
 constexpr wchar_t kPrinterSheetOption[] = L"--printer-sheet";
 constexpr wchar_t kStepOption[] = L"--step";
 constexpr wchar_t kPrinterScreenshotOption[] = L"--printer-screenshot";
+constexpr wchar_t kLayoutScreenshotOption[] = L"--layout-screenshot";
 // The device of the main job's printer sheet: one without a two-sided unit.
 constexpr wchar_t kDemoDevice[] = L"devices\\mono-basic.profile";
 
@@ -105,14 +106,18 @@ void PrintSelections(Console& console, DriverHost& host, const JobDevMode& job) 
     }
 }
 
-void PrintChangedSelections(Console& console, DriverHost& host, const JobDevMode& before, const JobDevMode& after) {
+// Returns how many changed.
+size_t PrintChangedSelections(Console& console, DriverHost& host, const JobDevMode& before, const JobDevMode& after) {
     const PrinterDescription& description = host.Core().Description();
+    size_t changed = 0;
     for (size_t i = 0; i < description.features.size(); ++i) {
         if (before.Selection(i) == after.Selection(i)) continue;
         const FeatureDescription& feature = description.features[i];
         console.Print("%-36s %s -> %s\n", feature.keyword.c_str(), feature.options[before.Selection(i)].keyword.c_str(),
                       feature.options[after.Selection(i)].keyword.c_str());
+        ++changed;
     }
+    return changed;
 }
 
 // The plug-in's private block as 32-bit words, for the flags the plug-in sets in it.
@@ -294,9 +299,14 @@ bool OpenSheet(Console& console, DriverHost& host, const SheetRequest& request) 
     std::string problem;
     const bool done = RunSheet(session, request.steps, request.screenshot, run, problem);
     for (const std::string& event : run.events) console.Print("%s\n", event.c_str());
+    for (const SheetStep& step : request.steps) {
+        if (step.action == SheetStep::Action::Screenshot) {
+            console.Print("screenshot:             %s\n", WideToUtf8(step.name).c_str());
+        }
+    }
     if (!request.printerSheet && !request.steps.empty()) {
         console.Print("job settings changed:\n");
-        PrintChangedSelections(console, host, *before, *job);
+        if (PrintChangedSelections(console, host, *before, *job) == 0) console.Print("(none)\n");
     }
     if (!done) {
         console.Error(problem);
@@ -345,6 +355,12 @@ int RunDemo(const CommandLine& line, Console& console) {
     console.Print("\n== Document property sheet ==\n");
     SheetRequest document;
     document.screenshot = line.Value(kScreenshotOption);
+    if (line.Has(kLayoutScreenshotOption)) {
+        // The start page first, then the core driver's own page with the plug-in's labels.
+        if (!document.screenshot.empty()) document.steps = ParseSteps({L"screenshot=" + document.screenshot});
+        document.steps.push_back(ParseSteps({L"page=Layout and Quality"}).front());
+        document.screenshot = line.Value(kLayoutScreenshotOption);
+    }
     if (!OpenSheet(console, *host, document)) return 1;
 
     console.Print("\n== The user picks the shortcut \"Photo Printing - Borderless\" and clicks OK ==\n");
@@ -387,6 +403,8 @@ constexpr OptionSpec kUiOptions[] = {
 };
 constexpr OptionSpec kDemoOptions[] = {
     {kScreenshotOption, OptionKind::Value, "FILE.png", "save a picture of the document property sheet"},
+    {kLayoutScreenshotOption, OptionKind::Value, "FILE.png",
+     "save a picture of the document sheet's Layout and Quality page"},
     {kPrinterScreenshotOption, OptionKind::Value, "FILE.png", "save a picture of the printer property sheet"},
 };
 

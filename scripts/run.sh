@@ -13,4 +13,4 @@ build=${ZX_BUILD_DIR:-$root/build}
 "$root/scripts/build.sh" zxtaluUI14 mortalures18 unires zxcoresim zxtaluudm zxbuio drvhost >&2
 cd "$root"
 exec "$root/scripts/drvhost.sh" demo --screenshot "$build/document-sheet.png" \
-  --printer-screenshot "$build/printer-sheet.png" "$@"
+  --layout-screenshot "$build/layout-page.png" --printer-screenshot "$build/printer-sheet.png" "$@"

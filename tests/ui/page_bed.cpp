@@ -9,6 +9,12 @@
 
 namespace zxtest {
 
+void ShownSheetTest::SetUp() {
+    ZX_REQUIRE_DISPLAY();
+    InstallShortcutPrinter();
+    ClearShortcutStorage();
+}
+
 PageBed::PageBed(drvhost::FeatureSheet sheet, DWORD flags,
                  const std::vector<std::pair<std::string, DWORD>>& jobSettings,
                  const std::function<void(drvhost::UiSession&)>& beforeOpen) {

@@ -20,6 +20,12 @@ namespace zxtest {
 #define ZX_REQUIRE_DISPLAY() \
     if (!drvhost::HasDisplay()) GTEST_SKIP() << "no display: property sheets need an X display (xvfb-run)"
 
+// Tests of the shown sheets: a display, the shortcut test printer installed, no stored shortcut.
+class ShownSheetTest : public testing::Test {
+protected:
+    void SetUp() override;
+};
+
 // One opening of a property sheet of the shortcut test printer with a new default job.
 class PageBed {
 public:

@@ -21,14 +21,7 @@ constexpr wchar_t kPendingName[] = L"Untitled printing shortcut";
 constexpr int kSaveAs = 1080, kDelete = 1081, kMediaCombo = 1031, kQualityCombo = 1033, kApplyButton = 0x3021;
 constexpr int kCombos[] = {1031, 1033, 1035, 1029, 1037};
 
-class ShortcutsPage : public testing::Test {
-protected:
-    void SetUp() override {
-        ZX_REQUIRE_DISPLAY();
-        InstallShortcutPrinter();
-        ClearShortcutStorage();
-    }
-};
+using ShortcutsPage = ShownSheetTest;
 
 }  // namespace
 

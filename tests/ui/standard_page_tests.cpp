@@ -23,14 +23,7 @@ HWND StandardPageOf(HWND sheet) { return PropSheet_GetCurrentPageHwnd(sheet); }
 
 WORD FirstControlOf(PageBed& bed, std::string_view feature) { return bed.session->Item(feature)->pOptType->BegCtrlID; }
 
-class StandardPage : public testing::Test {
-protected:
-    void SetUp() override {
-        ZX_REQUIRE_DISPLAY();
-        InstallShortcutPrinter();
-        ClearShortcutStorage();
-    }
-};
+using StandardPage = ShownSheetTest;
 
 }  // namespace
 
