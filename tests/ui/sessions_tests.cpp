@@ -1,11 +1,14 @@
 // The UI plug-in object's property-sheet sessions as the simulated core driver runs them with the
 // plug-in from the driver directory: the document sheet's set-up and page, the housekeeping
 // reasons, printer installation, and the printer sheet following each simulated device.
+#include "ddk/property_sheet_page.h"
 #include "device/auto_configuration.h"
 #include "drvhost/printer_install.h"
 #include "shortcuts/shortcut_store.h"
 #include "tests/shortcuts/shortcut_bed.h"
+#include "tests/settings/settings_support.h"
 #include "tests/ui/page_bed.h"
+#include "ui/shortcuts_page.h"
 
 #include <gtest/gtest.h>
 
@@ -220,4 +223,52 @@ TEST_F(Sessions, MonochromeDeviceHidesTheColourFeatures) {
                                          L"Other Photo Inkjet Papers"}),
               hidden);
     AttachDevice(L"unreachable.profile");
+}
+
+// The page describes itself to the sheet as a titled page with its activation context, from the
+// right-to-left template for Arabic and Hebrew users, and asks to be the start page.
+TEST(PageCreation, TemplateByTheUsersLanguageAndStartPage) {
+    struct Added {
+        std::vector<PROPSHEETPAGEW_V4> pages;
+        std::vector<std::pair<UINT, LPARAM>> calls;
+    };
+    static Added added;
+    static LANGID language = 0;
+    const auto callback = [](HANDLE, UINT function, LPARAM first, LPARAM) -> LONG_PTR {
+        added.calls.emplace_back(function, first);
+        if (function == CPSFUNC_ADD_PROPSHEETPAGEW) {
+            added.pages.push_back(*reinterpret_cast<const PROPSHEETPAGEW_V4*>(first));
+            return 0x5150;
+        }
+        return function == CPSFUNC_SET_HSTARTPAGE ? 1 : 0;
+    };
+    zx::ResourcePlatform platform = zx::CurrentResourcePlatform();
+    platform.userDefaultUILanguage = [] { return language; };
+    const zx::ResourcePlatform previous = zx::ReplaceResourcePlatform(platform);
+    for (const auto& [user, dialog] : {std::pair<LANGID, WORD>{0x0409, 102}, {0x040D, 155}, {0x0401, 155}}) {
+        language = user;
+        added = {};
+        SheetBed sheet(SamplePrinter());
+        VPrintingShortcutPropPage page;
+        ASSERT_EQ(S_OK, page.SetCoreInterfaces(sheet.core.DriverUi(), sheet.core.CoreHelper()));
+        ASSERT_EQ(S_OK, page.SetUIParams(&sheet.params));
+        ASSERT_EQ(S_OK, page.SetProperties(&sheet.properties));
+        ASSERT_EQ(S_OK, page.Initialise());
+        PROPSHEETUI_INFO info{};
+        info.cbSize = sizeof(info);
+        info.pfnComPropSheet = callback;
+        EXPECT_EQ(S_OK, page.CreatePage(&info, {}));
+        ASSERT_EQ(1u, added.pages.size());
+        EXPECT_EQ(MAKEINTRESOURCEW(dialog), added.pages[0].pszTemplate) << std::hex << user;
+        EXPECT_EQ(104u, added.pages[0].dwSize);
+        EXPECT_EQ(DWORD{PSP_USETITLE | PSP_USEFUSIONCONTEXT}, added.pages[0].dwFlags);
+        EXPECT_EQ(reinterpret_cast<LPARAM>(&page), added.pages[0].lParam);
+        EXPECT_EQ((std::vector<std::pair<UINT, LPARAM>>{{CPSFUNC_ADD_PROPSHEETPAGEW, added.calls[0].second},
+                                                        {CPSFUNC_SET_HSTARTPAGE, 0x5150}}),
+                  added.calls);
+        EXPECT_EQ(1, info.Result);
+        EXPECT_EQ(6, page.Shortcuts()->Count());
+    }
+    zx::ReplaceResourcePlatform(previous);
+    EXPECT_EQ(E_POINTER, VPrintingShortcutPropPage().CreatePage(nullptr, {}));
 }
