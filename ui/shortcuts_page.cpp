@@ -1,66 +1,41 @@
+// The Printing Shortcuts page: its set-up and creation, its dialog procedure, the dialog's start
+// and the sheet's notifications. The user's actions are in shortcuts_page_actions.cpp, what the
+// page hands to the job in shortcuts_page_job.cpp.
 #include "ui/shortcuts_page.h"
 
-#include "ddk/property_sheet_page.h"
 #include "resources/resource_libraries.h"
 #include "resources/string_ids.h"
 #include "settings/feature_keywords.h"
 #include "settings/option_items.h"
 #include "shortcuts/shortcut_job.h"
+#include "shortcuts/leading_number.h"
+#include "ddk/property_sheet_page.h"
 #include "ui/page_messages.h"
-#include "ui/page_resource_ids.h"
+#include "ui/shortcuts_page_parts.h"
 #include "util/module_instance.h"
 
 #include <commctrl.h>
 
 #include <algorithm>
-#include <charconv>
-#include <iterator>
-#include <string_view>
+
+using namespace page;
 
 namespace {
 
 // The page object hangs on its dialog window as this property (an integer atom).
 const wchar_t* const kPageProperty = MAKEINTATOM(1000);
 
-// The labels and combo boxes of the five setting positions.
-constexpr int32_t kSettingLabels[] = {IDC_PS_LABEL_0, IDC_PS_LABEL_1, IDC_PS_LABEL_2, IDC_PS_LABEL_3, IDC_PS_LABEL_4};
-constexpr size_t kSettingPositions = std::size(kSettingLabels);
-
 // Control kinds of a "PS_Schema" declaration "Feature_Id_Kind".
 enum ControlKind { kComboControl = 1, kButtonControl = 2, kListControl = 3 };
-
-// The most shortcuts a collection holds, the one being named included.
-constexpr int32_t kMaxShortcuts = 25;
 
 // How far the media type combo box's drop-down list is wider than the box, in pixels.
 constexpr int kMediaDropDownExtraWidth = 20;
 
 bool g_firstActivationPending = false;
 
-// A decimal number at the start of a text; nothing when it has no digits.
-std::optional<int32_t> LeadingNumber(std::string_view text) {
-    int32_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end == text.data()) return std::nullopt;
-    return number;
-}
-
-void EnableControl(HWND dialog, int32_t id, bool enable) {
-    if (HWND control = ::GetDlgItem(dialog, id)) ::EnableWindow(control, enable);
-}
-
-void SetDialogText(HWND dialog, int32_t id, UINT stringId) {
-    if (HWND control = ::GetDlgItem(dialog, id)) zx::SetUiText(control, stringId);
-}
-
 bool HasSelectedOptionMark(const OPTITEM& item) {
     const OPTPARAM* option = zx::SelectedOption(item);
     return option != nullptr && (option->Flags & OPTPF_OVERLAY_WARNING_ICON);
-}
-
-bool EqualIgnoringCase(std::wstring_view a, std::wstring_view b) {
-    return ::CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()), TRUE) ==
-           CSTR_EQUAL;
 }
 
 }  // namespace
@@ -105,17 +80,15 @@ HRESULT VPrintingShortcutPropPage::Initialise() {
             const size_t first = text.find('_');
             if (first == std::string_view::npos) continue;
             const size_t second = text.find('_', first + 1);
-            const std::optional<int32_t> id = LeadingNumber(text.substr(first + 1));
-            const std::optional<int32_t> kind =
-                second == std::string_view::npos ? std::nullopt : LeadingNumber(text.substr(second + 1));
-            if (!id || !kind) continue;
+            const int32_t id = zx::LeadingNumber(text.substr(first + 1));
+            const int32_t kind = second == std::string_view::npos ? 0 : zx::LeadingNumber(text.substr(second + 1));
             const std::string feature(text.substr(0, first));
-            if (*kind == kComboControl) {
-                m_controls[*id] = std::make_unique<VPrintShortcutComboBox>(*id, feature);
-            } else if (*kind == kButtonControl) {
-                m_controls[*id] = std::make_unique<VButtonControl>(*id);
-            } else if (*kind == kListControl) {
-                m_controls[*id] = std::make_unique<VUICtrlPSPrintingShortcutListControl>();
+            if (kind == kComboControl) {
+                m_controls[id] = std::make_unique<VPrintShortcutComboBox>(id, feature);
+            } else if (kind == kButtonControl) {
+                m_controls[id] = std::make_unique<VButtonControl>(id);
+            } else if (kind == kListControl) {
+                m_controls[id] = std::make_unique<VUICtrlPSPrintingShortcutListControl>();
             }
         }
         if (declarations.empty()) {
@@ -423,383 +396,6 @@ void VPrintingShortcutPropPage::OnDestroy(HWND) {
     }
     if (m_comPropSheet != nullptr) {
         m_comPropSheet(m_sheet, CPSFUNC_SET_RESULT, reinterpret_cast<LPARAM>(m_page), CPSUI_OK);
-    }
-}
-
-// --- The user's actions ------------------------------------------------------------------------
-
-void VPrintingShortcutPropPage::OnCommand(HWND dialog, WORD controlId, WORD code) {
-    const auto control = m_controls.find(controlId);
-    if (control == m_controls.end()) return;
-    control->second->OnCommand(dialog, code);
-    if (code != BN_CLICKED) return;
-    if (controlId == IDC_PS_SAVE_AS) StartNaming(dialog);
-    if (controlId == IDC_PS_DELETE) DeleteSelectedShortcut(dialog);
-}
-
-void VPrintingShortcutPropPage::OnShortcutSelected(HWND dialog, int listIndex) {
-    if (m_fillingList || !m_shortcuts || m_properties == nullptr) return;
-    const int32_t recordIndex = RecordOfListItem(listIndex);
-    if (recordIndex < 0 || recordIndex >= m_shortcuts->Count()) return;
-    PrintShortcutRecord record = m_shortcuts->Records()[static_cast<size_t>(recordIndex)];
-
-    const auto media = std::find(record.features.begin(), record.features.end(), Feature::MediaType);
-    if (media != record.features.end()) {
-        const size_t position = static_cast<size_t>(media - record.features.begin());
-        const int32_t chosen = m_shortcuts->ToDriverOption(record, position, record.SettingOf(Feature::MediaType));
-        const auto& job = m_shortcuts->CurrentSettings();
-        const auto current = job.find(Feature::MediaType);
-        if (chosen != (current == job.end() ? 0 : current->second)) SetTouchByUser();
-    }
-    SetPageTexts(dialog, record);
-    if (!m_properties->ReadOnly()) {
-        PrintShortcutRecord& shown = m_shortcuts->Records()[static_cast<size_t>(recordIndex)];
-        FillCombos(dialog, shown);
-        ApplyShortcutToJob(dialog, recordIndex, false, 2);
-    }
-    CheckDuplex(dialog, record);
-    UpdateButtons(dialog, record);
-
-    zx::UiString locked;
-    zx::LoadUiString(StringId::LockedShortcutName, locked);
-    const bool lockedShortcut = std::wstring_view(record.name) == locked;
-    if (!lockedShortcut && !m_properties->ReadOnly()) {
-        for (size_t position = 0; position < kSettingPositions; ++position) {
-            EnableControl(dialog, kSettingLabels[position], true);
-            EnableControl(dialog, ComboOfSettingPosition(position), true);
-        }
-        ApplyMaximumResolutionRule(dialog);
-        if (m_properties->BindingAndMarginsSuppressed()) {
-            if (VPrintShortcutComboBox* duplex = ComboOfFeature(Feature::Duplex)) {
-                ::EnableWindow(duplex->Window(), FALSE);
-            }
-        }
-    } else if (lockedShortcut) {
-        for (size_t position = 0; position < kSettingPositions; ++position) {
-            EnableControl(dialog, ComboOfSettingPosition(position), false);
-        }
-    }
-}
-
-// Save as, first half: the user names the pending shortcut in the list.
-void VPrintingShortcutPropPage::StartNaming(HWND) {
-    VUICtrlPSPrintingShortcutListControl* list = List();
-    if (list == nullptr) return;
-    const std::wstring newName = NewShortcutName();
-    LVFINDINFOW find{};
-    find.flags = LVFI_STRING | LVFI_WRAP;
-    find.psz = newName.c_str();
-    const LRESULT item =
-        ::SendMessageW(list->Window(), LVM_FINDITEMW, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(&find));
-    if (item < 0) return;
-    ::SetFocus(list->Window());
-    ::SendMessageW(list->Window(), LVM_EDITLABELW, static_cast<WPARAM>(item), 0);
-}
-
-// Save as, second half: the list accepted the name the user typed.
-void VPrintingShortcutPropPage::OnNameAccepted(HWND dialog, const NMLVDISPINFOW* edit) {
-    VUICtrlPSPrintingShortcutListControl* list = List();
-    const int32_t pending = m_shortcuts ? m_shortcuts->PendingIndex() : -1;
-    if (edit == nullptr || edit->item.pszText == nullptr || list == nullptr || pending < 0) return;
-    const int item = edit->item.iItem;
-    const std::wstring name = edit->item.pszText;
-    const std::wstring newName = NewShortcutName();
-
-    if (m_shortcuts->Count() > kMaxShortcuts) {
-        zx::ShowUiMessage(dialog, StringId::TooManyShortcutsMessage, StringId::ShortcutMessageCaption);
-        ::SendMessageW(list->Window(), LVM_DELETEITEM, static_cast<WPARAM>(item), 0);
-        m_shortcuts->Records().erase(m_shortcuts->Records().begin() + pending);
-        list->SelectItem(dialog, item > 0 ? item - 1 : 0);
-        return;
-    }
-    if (EqualIgnoringCase(name, newName)) return;
-    if (m_shortcuts->FindByNameIgnoringCase(name) >= 0) {
-        zx::ShowUiMessage(dialog, StringId::DuplicateNameMessage, StringId::ShortcutMessageCaption);
-        LVITEMW text{};
-        text.pszText = const_cast<wchar_t*>(newName.c_str());
-        ::SendMessageW(list->Window(), LVM_SETITEMTEXTW, static_cast<WPARAM>(item), reinterpret_cast<LPARAM>(&text));
-        ::PostMessageW(dialog, WMU_RESTART_LABEL_EDIT, static_cast<WPARAM>(item), 0);
-        return;
-    }
-    PrintShortcutRecord& record = m_shortcuts->Records()[static_cast<size_t>(pending)];
-    for (size_t position = 0; position < record.features.size() && position < kSettingPositions; ++position) {
-        const LRESULT selection = ::SendDlgItemMessageW(dialog, ComboOfSettingPosition(position), CB_GETCURSEL, 0, 0);
-        if (selection != CB_ERR) record.settings[record.features[position]] = static_cast<int32_t>(selection);
-    }
-    record.SetName(name);
-    record.isNamed = true;
-    EnableControl(dialog, IDC_PS_SAVE_AS, false);
-}
-
-void VPrintingShortcutPropPage::DeleteSelectedShortcut(HWND dialog) {
-    VUICtrlPSPrintingShortcutListControl* list = List();
-    if (list == nullptr || !m_shortcuts) return;
-    const int mark = list->SelectionMark();
-    if (mark < 0) return;
-    const int32_t record = RecordOfListItem(mark);
-    ::SendMessageW(list->Window(), LVM_DELETEITEM, static_cast<WPARAM>(mark), 0);
-    if (record >= 0) m_shortcuts->DeleteRecord(record);
-    ::SendMessageW(list->Window(), LVM_SETCOLUMNWIDTH, 0, LVSCW_AUTOSIZE_USEHEADER);
-    list->SelectItem(dialog, mark > 0 ? mark - 1 : 0);
-    ::SetFocus(list->Window());
-}
-
-void VPrintingShortcutPropPage::OnSettingChanged(HWND dialog, int32_t selection, int32_t comboId) {
-    if (!m_shortcuts || m_properties == nullptr) return;
-    m_changedList = List();
-    const auto combo = m_controls.find(comboId);
-    auto* box = combo == m_controls.end() ? nullptr : dynamic_cast<VPrintShortcutComboBox*>(combo->second.get());
-    const int32_t source = SelectedRecord();
-    if (box == nullptr || source < 0) return;
-    const std::string feature = box->Feature();
-
-    const PrintShortcutRecord& current = m_shortcuts->Records()[static_cast<size_t>(source)];
-    if (current.SettingOf(feature) == selection) return;
-    PrintShortcutRecord pending = zx::PendingShortcutFrom(current, source);
-    pending.settings[feature] = selection;
-
-    if (feature == Feature::MediaType || feature == Feature::PageOutputQuality) SetTouchByUser();
-    if (POPTITEM binding = Item(Feature::DocumentBinding)) {
-        const bool singleSided = feature == Feature::Duplex && selection == 0;
-        const bool notTwoUp = feature == Feature::DocumentNUp && selection != 1;
-        if ((singleSided || notTwoUp) && (binding->Sel == 1 || binding->Sel == 2)) {
-            binding->Sel = 0;
-            m_properties->CommitOptItem(binding);
-        }
-    }
-    if (current.isBuiltIn) m_shortcuts->WriteCustomBitmapId(pending.bitmapId);
-    MakePendingShortcut(dialog, std::move(pending));
-    ::SetFocus(box->Window());
-
-    // The changed setting reaches the core driver's item at once, so that the standard pages
-    // and Apply see what the page shows.
-    const int32_t made = m_shortcuts->PendingIndex();
-    const int position = SettingPositionOfCombo(comboId);
-    if (made >= 0 && position >= 0) {
-        ApplySettingToJob(dialog, m_shortcuts->Records()[static_cast<size_t>(made)], static_cast<size_t>(position),
-                          false, 1);
-    }
-}
-
-// Puts `pending` in place of the pending shortcut (or adds it) and selects its new list item.
-void VPrintingShortcutPropPage::MakePendingShortcut(HWND dialog, PrintShortcutRecord pending) {
-    VUICtrlPSPrintingShortcutListControl* list = List();
-    if (list == nullptr) return;
-    if (m_shortcuts->PendingIndex() >= 0) {
-        const int last = list->ItemCount() - 1;
-        if (last >= 0) ::SendMessageW(list->Window(), LVM_DELETEITEM, static_cast<WPARAM>(last), 0);
-    }
-    const int32_t index = m_shortcuts->SetPendingShortcut(std::move(pending), NewShortcutName());
-    list->AddShortcutItem(dialog, m_shortcuts->Records()[static_cast<size_t>(index)]);
-    EnableControl(dialog, IDC_PS_SAVE_AS, true);
-    EnableControl(dialog, IDC_PS_DELETE, true);
-}
-
-// The job's settings that the selected shortcut does not have become the pending shortcut's.
-void VPrintingShortcutPropPage::TakeOverJobSettings(HWND dialog, bool writeBitmap) {
-    m_shortcuts->SetCurrentSettings(zx::CurrentJobSettings(*m_properties, *m_shortcuts));
-    const int32_t source = SelectedRecord();
-    if (source < 0) return;
-    PrintShortcutRecord pending = m_shortcuts->Records()[static_cast<size_t>(source)];
-    const bool customPaper = m_properties->IsCustomPaperSize();
-    bool changed = false;
-    for (size_t position = 0; position < pending.features.size(); ++position) {
-        const int32_t before = pending.SettingOf(pending.features[position]);
-        const int32_t shown = zx::TakeOverJobSetting(*m_shortcuts, pending, position, customPaper);
-        changed |= shown >= 0 && shown != before;
-    }
-    if (!changed) return;
-    const PrintShortcutRecord& current = m_shortcuts->Records()[static_cast<size_t>(source)];
-    PrintShortcutRecord made = zx::PendingShortcutFrom(current, source);
-    made.settings = pending.settings;
-    if (writeBitmap && current.isBuiltIn) m_shortcuts->WriteCustomBitmapId(made.bitmapId);
-    MakePendingShortcut(dialog, std::move(made));
-}
-
-// --- Showing a shortcut ------------------------------------------------------------------------
-
-void VPrintingShortcutPropPage::SetPageTexts(HWND dialog, const PrintShortcutRecord& record) {
-    for (size_t position = 0; position < kSettingPositions; ++position) {
-        const bool present = position < record.features.size();
-        HWND label = ::GetDlgItem(dialog, kSettingLabels[position]);
-        if (label != nullptr) {
-            if (present) {
-                zx::SetUiText(label, static_cast<UINT>(record.featureIds[position]));
-            } else {
-                ::SetWindowTextW(label, L"");
-            }
-        }
-        if (HWND combo = ::GetDlgItem(dialog, ComboOfSettingPosition(position))) {
-            ::ShowWindow(combo, present ? SW_SHOW : SW_HIDE);
-        }
-    }
-}
-
-void VPrintingShortcutPropPage::FillCombos(HWND dialog, PrintShortcutRecord& record) {
-    for (auto& [id, control] : m_controls) control->Refresh(dialog, record, id);
-}
-
-void VPrintingShortcutPropPage::UpdateButtons(HWND dialog, const PrintShortcutRecord& record) {
-    if (m_properties != nullptr && m_properties->ReadOnly()) return;
-    const bool restrictedShared = m_shortcuts->Store().IsRestricted() && record.inPrinterData;
-    EnableControl(dialog, IDC_PS_DELETE, !record.isBuiltIn && !restrictedShared);
-    EnableControl(dialog, IDC_PS_SAVE_AS, !record.isNamed);
-}
-
-// Without a two-sided unit (and without manual two-sided support) the two-sided setting is the
-// manual one, and its label says so.
-void VPrintingShortcutPropPage::CheckDuplex(HWND dialog, const PrintShortcutRecord& record) {
-    if (m_properties->ManualDuplexSupported() != 0) return;
-    if (!zx::KeywordIs(m_properties->CurrentOption(Feature::DuplexUnit), Option::False)) return;
-    m_duplexUnavailable = 1;
-    const auto duplex = std::find(record.features.begin(), record.features.end(), Feature::Duplex);
-    const size_t position = static_cast<size_t>(duplex - record.features.begin());
-    if (duplex != record.features.end() && position < kSettingPositions) {
-        SetDialogText(dialog, kSettingLabels[position], StringId::ManualDuplexLabel);
-    }
-}
-
-// With maximum resolution on, the print quality is fixed. A read-only sheet keeps it disabled.
-void VPrintingShortcutPropPage::ApplyMaximumResolutionRule(HWND) {
-    VPrintShortcutComboBox* quality = ComboOfFeature(Feature::PageOutputQuality);
-    if (quality == nullptr) return;
-    const POPTITEM maxDpi = Item(Feature::ZXMaxDpi);
-    const bool locked = maxDpi != nullptr && maxDpi->Sel != 0;
-    ::EnableWindow(quality->Window(), !locked && !m_properties->ReadOnly());
-}
-
-void VPrintingShortcutPropPage::OnStandardItemsChanged(HWND standardPage, const VUIProperties& properties) {
-    if (standardPage == nullptr || !m_shortcuts) return;
-    const bool version6 = zx::GetSystemMajorVersion() >= 6;
-    VPrivateDevMode* block = properties.PrivateDevMode();
-    auto setList = [standardPage](WORD id, LONG position) {
-        ::SendDlgItemMessageW(standardPage, id, CB_SETCURSEL, static_cast<WPARAM>(position), 0);
-    };
-    auto checkButtons = [standardPage](WORD first, LONG selection) {
-        if (selection < 0 || selection > 2) return;
-        for (LONG button = 0; button < 3; ++button) {
-            ::SendDlgItemMessageW(standardPage, first + 2 * (button + 1), BM_SETCHECK,
-                                  button == selection ? BST_CHECKED : BST_UNCHECKED, 0);
-        }
-    };
-    for (const auto& [combo, feature] : m_featureMap) {
-        POPTITEM item = nullptr;
-        if (feature.empty() || FAILED(properties.FindItem(feature.c_str(), &item)) || item == nullptr ||
-            item->pOptType == nullptr) {
-            continue;
-        }
-        const WORD first = item->pOptType->BegCtrlID;
-        if (feature == Feature::MediaType) {
-            // The standard page lists only the media types that are not hidden.
-            LONG position = 0;
-            for (LONG option = 0; option < item->Sel && option < item->pOptType->Count; ++option) {
-                if (!(item->pOptType->pOptParam[option].Flags & OPTPF_HIDE)) ++position;
-            }
-            setList(static_cast<WORD>(first + 2), position);
-        } else if (feature == Feature::PageOutputQuality) {
-            checkButtons(first, item->Sel);
-        } else if (feature == Feature::DocumentNUp && block != nullptr) {
-            setList(static_cast<WORD>(first + (version6 ? 4 : 2)), static_cast<LONG>(block->dwNUpIndex));
-            item->Sel = static_cast<LONG>(block->dwNUpIndex);
-            item->Flags |= OPTIF_CHANGED;
-        } else if (feature == Feature::Duplex) {
-            if (version6) {
-                setList(static_cast<WORD>(first + 2), item->Sel);
-            } else {
-                checkButtons(first, item->Sel);
-            }
-        }
-    }
-}
-
-void VPrintingShortcutPropPage::OnStandardSelectionChanged(const VUIProperties& properties) {
-    if (!m_shortcuts) return;
-    const int32_t selected = SelectedRecord();
-    if (selected < 0) return;
-    const PrintShortcutRecord& record = m_shortcuts->Records()[static_cast<size_t>(selected)];
-    if (!record.isBuiltIn) return;
-    // Every setting whose item exists gives the same picture: written once.
-    for (const auto& [combo, feature] : m_featureMap) {
-        POPTITEM item = nullptr;
-        if (feature.empty() || FAILED(properties.FindItem(feature.c_str(), &item)) || item == nullptr) continue;
-        m_shortcuts->WriteCustomBitmapId(zx::StandardSheetModifiedBitmap(record.bitmapId));
-        return;
-    }
-}
-
-// --- Handing shortcuts to the job --------------------------------------------------------------
-
-void VPrintingShortcutPropPage::ApplyShortcutToJob(HWND dialog, int32_t recordIndex, bool commit, DWORD mode) {
-    if (recordIndex < 0 || recordIndex >= m_shortcuts->Count()) return;
-    const PrintShortcutRecord record = m_shortcuts->Records()[static_cast<size_t>(recordIndex)];
-    const auto duplexSetting = std::find(record.features.begin(), record.features.end(), Feature::Duplex);
-    if (mode == 2 && duplexSetting != record.features.end()) {
-        if (POPTITEM duplex = Item(Feature::Duplex)) {
-            if (m_uiParams->pPublicDM != nullptr) m_uiParams->pPublicDM->dmDuplex = 0;
-            duplex->Sel = 0;
-            const int32_t combo = ComboOfSettingPosition(static_cast<size_t>(duplexSetting - record.features.begin()));
-            if (::SendDlgItemMessageW(dialog, combo, CB_GETCURSEL, 0, 0) == CB_ERR) {
-                ::OutputDebugStringW(L"No item is selected...");
-            }
-            HandToCoreDriver(duplex);
-        }
-    }
-    for (size_t position = 0; position < record.features.size() && position < kSettingPositions; ++position) {
-        ApplySettingToJob(dialog, record, position, commit, mode);
-    }
-    if (POPTITEM orientation = Item(Feature::Orientation)) HandToCoreDriver(orientation);
-    POPTITEM paper = Item(Feature::PaperSize);
-    POPTITEM bin = Item(Feature::InputBin);
-    if (paper != nullptr && bin != nullptr) {
-        m_properties->CommitOptItem(paper);
-        m_properties->CommitOptItem(bin);
-    }
-}
-
-// One setting of a shortcut, as its combo box shows it, handed to the feature's item.
-void VPrintingShortcutPropPage::ApplySettingToJob(HWND dialog, const PrintShortcutRecord& record, size_t position,
-                                                  bool commit, DWORD mode) {
-    const std::string& feature = record.features[position];
-    POPTITEM item = Item(feature.c_str());
-    if (item == nullptr || (feature == Feature::Duplex && (item->Flags & OPTIF_DISABLED))) return;
-    const LRESULT selection = ::SendDlgItemMessageW(dialog, ComboOfSettingPosition(position), CB_GETCURSEL, 0, 0);
-    const int32_t comboSelection = selection == CB_ERR ? 0 : static_cast<int32_t>(selection);
-    if (feature == Feature::DocumentNUp) {
-        if (VPrivateDevMode* block = PrivateBlock()) {
-            block->dwNUpIndex = static_cast<DWORD>(m_shortcuts->ToDriverOption(record, position, comboSelection));
-        }
-        if (!commit) return;
-    }
-    if (mode != 0) {
-        const LONG itemSelection =
-            zx::ItemSelectionForSetting(*m_shortcuts, record, position, comboSelection, *m_properties);
-        if (selection != CB_ERR && itemSelection >= 0 && item->pOptType != nullptr &&
-            itemSelection < item->pOptType->Count) {
-            item->Sel = itemSelection;
-        }
-        item->Flags |= OPTIF_CHANGED;
-        ::SendMessageW(::GetParent(dialog), PSM_CHANGED, reinterpret_cast<WPARAM>(dialog), 0);
-    }
-    if (commit) m_properties->CommitOptItem(item);
-}
-
-HRESULT VPrintingShortcutPropPage::HandToCoreDriver(POPTITEM item) const {
-    if (item == nullptr || !m_driverUI || m_uiParams == nullptr) return E_FAIL;
-    return m_driverUI->DrvUpdateUISetting(m_uiParams->poemuiobj, item, 0, OEMCUIP_DOCPROP);
-}
-
-POPTITEM VPrintingShortcutPropPage::Item(const char* feature) const {
-    POPTITEM item = nullptr;
-    if (m_properties == nullptr || FAILED(m_properties->FindItem(feature, &item))) return nullptr;
-    return item;
-}
-
-// The media type or quality was chosen by the user: snapping no longer changes them.
-void VPrintingShortcutPropPage::SetTouchByUser() {
-    if (POPTITEM touch = Item(Feature::TouchByUser)) {
-        touch->Sel = 1;
-        m_properties->CommitOptItem(touch);
-        touch->Flags |= OPTIF_HIDE;
     }
 }
 
