@@ -100,10 +100,19 @@ HRESULT VUIInterfaceImpl::PrepareDocumentSheet(POEMCUIPPARAM params) {
 
 // A new document sheet starts a new session: the pages and the settings object of an earlier
 // sheet go (the pages first: they use the settings object), and so does what the rules remembered.
+// Pages whose dialog still exists, with the settings object they use, are kept until this object
+// goes, so that no window is left with a page that is gone.
 void VUIInterfaceImpl::EndDocumentSession() {
     if (m_deviceClient) {
         m_deviceClient->DetachAll();
         if (m_deviceClient->IsConnected()) m_deviceClient->Attach(this);
+    }
+    bool windowsLeft = false;
+    for (const auto& page : m_pages) windowsLeft |= page->HasWindow();
+    if (windowsLeft) {
+        for (auto& page : m_pages) m_retiredPages.push_back(std::move(page));
+        m_retiredProperties.push_back(std::move(m_properties));
+        m_pages.clear();
     }
     while (!m_pages.empty()) m_pages.pop_back();
     m_properties.reset();
@@ -193,7 +202,6 @@ STDMETHODIMP VUIInterfaceImpl::DocumentPropertySheets(PPROPSHEETUI_INFO pPSUIInf
 }
 
 HRESULT VUIInterfaceImpl::AddShortcutPages(PPROPSHEETUI_INFO info) {
-    ResetFirstShortcutPageActivation();
     if (m_properties == nullptr) return S_OK;
     VPrivateDevMode* block = m_properties->PrivateDevMode();
     POPTITEM borderless = nullptr;

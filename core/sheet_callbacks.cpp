@@ -27,11 +27,11 @@ constexpr DocumentReason kDocumentReasons[] = {
 }  // namespace
 
 LONG APIENTRY DocumentPropertiesCallback(PCPSUICBPARAM callbackParams, POEMCUIPPARAM params) {
-    VUIInterfaceImpl* plugin = VUIInterfaceImpl::FromUiPlugin(UiPluginOf(params));
-    if (params == nullptr || plugin == nullptr) return E_FAIL;
     if (callbackParams == nullptr) return 0;
     for (const DocumentReason& entry : kDocumentReasons) {
         if (entry.reason != callbackParams->Reason) continue;
+        VUIInterfaceImpl* plugin = VUIInterfaceImpl::FromUiPlugin(UiPluginOf(params));
+        if (params == nullptr || plugin == nullptr) return E_FAIL;
         return CatchAll([&] {
             const VUICallbackContext context(params, callbackParams);
             return (plugin->*entry.handler)(context);

@@ -70,10 +70,12 @@ HRESULT VUIInterfaceImpl::OnDocumentItemFocus(const VUICallbackContext& context)
         context.CommitCallbackOptItem(binding);
     }
     if (m_deviceLanguage != Option::PCL) return S_OK;
-    if (HasSelection(ItemOf(context, Feature::ZXPrintOnBothSidesManually), 1)) {
+    const bool windows = DialogOf(context) != nullptr;
+    if (windows && HasSelection(ItemOf(context, Feature::ZXPrintOnBothSidesManually), 1)) {
         zx::ShowTwoSidedLabel(m_twoSidedControl, zx::kManualTwoSidedLabel);
     }
     context.CommitCallbackOptItem(ItemOf(context, Feature::MediaType));
+    if (!windows) return S_OK;
     const OPTITEM* current = context.CurrentItem();
     if (current == nullptr || current->DlgPageIdx != kSecondDialogPage) {
         zx::SetQualityLabelTexts();

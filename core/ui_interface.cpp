@@ -25,6 +25,8 @@ VUIInterfaceImpl::~VUIInterfaceImpl() {
     if (m_deviceClient) m_deviceClient->DetachAll();
     while (!m_pages.empty()) m_pages.pop_back();
     m_properties.reset();
+    while (!m_retiredPages.empty()) m_retiredPages.pop_back();
+    m_retiredProperties.clear();
     if (--g_liveObjects == 0) zx::FreeResourceLibraries();
 }
 

@@ -131,6 +131,9 @@ private:
     std::shared_ptr<VUDMClient> m_deviceClient;
     IBiDiData* m_deviceState = nullptr;
     VDocumentSheetRules m_rules;
+    // Of earlier sessions whose pages still had windows.
+    std::vector<std::unique_ptr<VPrintingShortcutPropPage>> m_retiredPages;
+    std::vector<std::unique_ptr<VUIProperties>> m_retiredProperties;
     HWND m_twoSidedControl = nullptr;
     bool m_manualOffSeen = false;
 };

@@ -69,8 +69,9 @@ HRESULT VListViewControl::InsertItem(HWND, const wchar_t* text, int imageIndex) 
         item.pszText = const_cast<wchar_t*>(text);
         item.lParam = reinterpret_cast<LPARAM>(text);  // never read back
     }
-    // Every item gets a picture of its own, so the new picture's index is the item's position.
-    item.iItem = imageIndex;
+    // Every item gets a picture of its own, so the new picture's index is the item's position;
+    // an item without a picture goes at the end.
+    item.iItem = imageIndex != -1 ? imageIndex : static_cast<int>(::SendMessageW(Window(), LVM_GETITEMCOUNT, 0, 0));
     item.iImage = imageIndex;
     const LRESULT inserted = ::SendMessageW(Window(), LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
     return inserted == -1 ? E_FAIL : S_OK;
@@ -112,8 +113,10 @@ void VUICtrlPSPrintingShortcutListControl::FillList(HWND dialog, std::vector<Pri
 
     for (const PrintShortcutRecord& record : records) {
         if (!record.isAvailable) continue;
+        // A picture that cannot be had gives way to the general one: every listed record keeps
+        // its item, so that list positions and records stay in step.
         int image = -1;
-        AddBitmap(dialog, record.bitmapId, image);
+        if (FAILED(AddBitmap(dialog, record.bitmapId, image))) AddBitmap(dialog, zx::kDefaultShortcutBitmap, image);
         InsertItem(dialog, record.name, image);
     }
     ResizeColumn();

@@ -31,16 +31,12 @@ enum ControlKind { kComboControl = 1, kButtonControl = 2, kListControl = 3 };
 // How far the media type combo box's drop-down list is wider than the box, in pixels.
 constexpr int kMediaDropDownExtraWidth = 20;
 
-bool g_firstActivationPending = false;
-
 bool HasSelectedOptionMark(const OPTITEM& item) {
     const OPTPARAM* option = zx::SelectedOption(item);
     return option != nullptr && (option->Flags & OPTPF_OVERLAY_WARNING_ICON);
 }
 
 }  // namespace
-
-void ResetFirstShortcutPageActivation() noexcept { g_firstActivationPending = true; }
 
 VPrintingShortcutPropPage::VPrintingShortcutPropPage() = default;
 
@@ -166,11 +162,13 @@ INT_PTR CALLBACK VPrintingShortcutPropPage::DialogProc(HWND dialog, UINT message
         const auto* description = reinterpret_cast<const PROPSHEETPAGEW*>(lParam);
         if (description == nullptr || description->lParam == 0) return TRUE;
         ::SetPropW(dialog, kPageProperty, reinterpret_cast<HANDLE>(description->lParam));
+        reinterpret_cast<VPrintingShortcutPropPage*>(description->lParam)->m_dialog = dialog;
     }
     auto* page = static_cast<VPrintingShortcutPropPage*>(::GetPropW(dialog, kPageProperty));
     if (page == nullptr) return FALSE;
     if (message == WM_NCDESTROY) {
         ::RemovePropW(dialog, kPageProperty);
+        page->m_dialog = nullptr;
         return FALSE;
     }
     // Nothing that the page's code throws may cross into the dialog manager.
@@ -207,18 +205,19 @@ INT_PTR VPrintingShortcutPropPage::HandleMessage(HWND dialog, UINT message, WPAR
 void VPrintingShortcutPropPage::OnInitDialog(HWND dialog) {
     if (!m_shortcuts || m_properties == nullptr) return;
     for (auto& [id, control] : m_controls) control->Attach(dialog);
-    m_fillingList = true;
-    int32_t selected = SelectOrMakeStartShortcut(dialog);
-    m_startIndex = selected;
-
-    std::vector<PrintShortcutRecord>& records = m_shortcuts->Records();
-    if (VUICtrlPSPrintingShortcutListControl* list = List()) {
-        const bool keepSelectionIndex =
-            m_properties->DuplexUnitInstalled() == 0 && m_properties->ManualDuplexSupported();
-        int position = selected;
-        list->FillList(dialog, records, position, keepSelectionIndex);
+    int32_t selected = -1;
+    {
+        const ProgrammaticSelection filling(m_ignoreSelections);
+        selected = SelectOrMakeStartShortcut(dialog);
+        m_startIndex = selected;
+        if (VUICtrlPSPrintingShortcutListControl* list = List()) {
+            const bool keepSelectionIndex =
+                m_properties->DuplexUnitInstalled() == 0 && m_properties->ManualDuplexSupported();
+            int position = selected;
+            list->FillList(dialog, m_shortcuts->Records(), position, keepSelectionIndex);
+        }
     }
-    m_fillingList = false;
+    std::vector<PrintShortcutRecord>& records = m_shortcuts->Records();
     if (selected < 0 || selected >= m_shortcuts->Count()) return;
     PrintShortcutRecord& record = records[static_cast<size_t>(selected)];
 
@@ -297,15 +296,8 @@ void VPrintingShortcutPropPage::OnSetActive(HWND dialog) {
     m_active = 1;
     m_inactive = 0;
     if (!m_shortcuts || m_properties == nullptr) return;
-    VPrivateDevMode* block = PrivateBlock();
-    if (m_properties->NUpChanged() && block != nullptr) {
-        if (POPTITEM nup = Item(Feature::DocumentNUp)) {
-            nup->Sel = static_cast<LONG>(block->dwNUpIndex);
-            m_properties->CommitOptItem(nup);
-        }
-    }
-    // At the sheet's opening the page has just taken the job's settings.
-    if (!std::exchange(g_firstActivationPending, false)) TakeOverJobSettings(dialog, false);
+    if (m_properties->NUpChanged()) CommitNUpIndex(false);
+    TakeOverJobSettings(dialog, false);
     const int32_t selected = SelectedRecord();
     if (selected >= 0) CheckDuplex(dialog, m_shortcuts->Records()[static_cast<size_t>(selected)]);
     ApplyMaximumResolutionRule(dialog);
@@ -384,16 +376,20 @@ INT_PTR VPrintingShortcutPropPage::OnBeginLabelEdit(HWND dialog, const NMLVDISPI
     return named ? TRUE : FALSE;
 }
 
+// The private block's N-up index becomes the DocumentNUp item's selection and is handed to the
+// core driver; an index that is not one of the item's options (a DEVMODE from elsewhere) is not.
+void VPrintingShortcutPropPage::CommitNUpIndex(bool markChanged) {
+    VPrivateDevMode* block = PrivateBlock();
+    POPTITEM nup = Item(Feature::DocumentNUp);
+    if (block == nullptr || nup == nullptr || !zx::IsOptionIndex(*nup, static_cast<LONG>(block->dwNUpIndex))) return;
+    nup->Sel = static_cast<LONG>(block->dwNUpIndex);
+    if (markChanged) nup->Flags |= OPTIF_CHANGED;
+    m_properties->CommitOptItem(nup);
+}
+
 void VPrintingShortcutPropPage::OnDestroy(HWND) {
     const bool cancelledWithoutApply = m_cancelled && !m_applied;
-    VPrivateDevMode* block = PrivateBlock();
-    if (!cancelledWithoutApply && m_properties != nullptr && block != nullptr) {
-        if (POPTITEM nup = Item(Feature::DocumentNUp)) {
-            nup->Sel = static_cast<LONG>(block->dwNUpIndex);
-            nup->Flags |= OPTIF_CHANGED;
-            m_properties->CommitOptItem(nup);
-        }
-    }
+    if (!cancelledWithoutApply && m_properties != nullptr) CommitNUpIndex(true);
     if (m_comPropSheet != nullptr) {
         m_comPropSheet(m_sheet, CPSFUNC_SET_RESULT, reinterpret_cast<LPARAM>(m_page), CPSUI_OK);
     }
@@ -420,8 +416,12 @@ ShortcutListView VPrintingShortcutPropPage::ListView() const {
             [list](int32_t index) { return list ? list->ItemText(index) : std::wstring(); }};
 }
 
+// -1 when the item shows no record (no list window, no item, or more items than records).
 int32_t VPrintingShortcutPropPage::RecordOfListItem(int listIndex) const {
-    return m_shortcuts ? m_shortcuts->ListToRecord(listIndex, ListView()) : -1;
+    VUICtrlPSPrintingShortcutListControl* list = List();
+    if (!m_shortcuts || list == nullptr || list->Window() == nullptr) return -1;
+    const int32_t record = m_shortcuts->ListToRecord(listIndex, ListView());
+    return record >= 0 && record < m_shortcuts->Count() ? record : -1;
 }
 
 int32_t VPrintingShortcutPropPage::SelectedRecord() const { return RecordOfListItem(-1); }

@@ -54,6 +54,8 @@ public:
 
     // For the host's tests and scripts: the collection (null before CreatePage).
     const VUIPSItem* Shortcuts() const noexcept { return m_shortcuts.get(); }
+    // True while the page's dialog exists.
+    bool HasWindow() const noexcept { return m_dialog != nullptr; }
 
 private:
     static INT_PTR CALLBACK DialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
@@ -68,6 +70,7 @@ private:
     void OnApply(HWND dialog);
     INT_PTR OnBeginLabelEdit(HWND dialog, const NMLVDISPINFOW* edit);
     void OnDestroy(HWND dialog);
+    void CommitNUpIndex(bool markChanged);
 
     // The user's actions.
     void OnCommand(HWND dialog, WORD controlId, WORD code);
@@ -90,6 +93,7 @@ private:
     void ApplyShortcutToJob(HWND dialog, int32_t recordIndex, bool commit, DWORD mode);
     void ApplySettingToJob(HWND dialog, const PrintShortcutRecord& record, size_t position, bool commit, DWORD mode);
     void ResolveConflictMarks();
+    void PutStandardControlsInLine(HWND standardPage, const VUIProperties& properties);
     HRESULT HandToCoreDriver(POPTITEM item) const;
     POPTITEM Item(const char* feature) const;
     void SetTouchByUser();
@@ -124,10 +128,20 @@ private:
 
     zx::UiString m_title{};
     HANDLE m_activationContext = INVALID_HANDLE_VALUE;
-    // The list's selection notifications while WM_INITDIALOG fills it are not the user's choices.
-    bool m_fillingList = false;
-};
+    HWND m_dialog = nullptr;
+    // The list's selection notifications while the page itself fills the list or selects a new
+    // pending shortcut are not the user's choices.
+    bool m_ignoreSelections = false;
 
-// The page asks, at its first activation after a sheet is opened, whether the job changed since
-// the page took its settings; the UI plug-in object resets this when a sheet is opened.
-void ResetFirstShortcutPageActivation() noexcept;
+    class ProgrammaticSelection {
+    public:
+        explicit ProgrammaticSelection(bool& flag) noexcept : m_flag(flag), m_was(flag) { m_flag = true; }
+        ~ProgrammaticSelection() { m_flag = m_was; }
+        ProgrammaticSelection(const ProgrammaticSelection&) = delete;
+        ProgrammaticSelection& operator=(const ProgrammaticSelection&) = delete;
+
+    private:
+        bool& m_flag;
+        bool m_was;
+    };
+};

@@ -35,18 +35,19 @@ void VPrintingShortcutPropPage::OnCommand(HWND dialog, WORD controlId, WORD code
 }
 
 void VPrintingShortcutPropPage::OnShortcutSelected(HWND dialog, int listIndex) {
-    if (m_fillingList || !m_shortcuts || m_properties == nullptr) return;
+    if (m_ignoreSelections || !m_shortcuts || m_properties == nullptr) return;
     const int32_t recordIndex = RecordOfListItem(listIndex);
-    if (recordIndex < 0 || recordIndex >= m_shortcuts->Count()) return;
+    if (recordIndex < 0) return;
     PrintShortcutRecord record = m_shortcuts->Records()[static_cast<size_t>(recordIndex)];
 
+    // A shortcut that brings another media type is the user's choice of media type.
     const auto media = std::find(record.features.begin(), record.features.end(), Feature::MediaType);
-    if (media != record.features.end()) {
+    const POPTITEM mediaItem = Item(Feature::MediaType);
+    if (media != record.features.end() && mediaItem != nullptr) {
         const size_t position = static_cast<size_t>(media - record.features.begin());
-        const int32_t chosen = m_shortcuts->ToDriverOption(record, position, record.SettingOf(Feature::MediaType));
-        const auto& job = m_shortcuts->CurrentSettings();
-        const auto current = job.find(Feature::MediaType);
-        if (chosen != (current == job.end() ? 0 : current->second)) SetTouchByUser();
+        if (m_shortcuts->ToDriverOption(record, position, record.SettingOf(Feature::MediaType)) != mediaItem->Sel) {
+            SetTouchByUser();
+        }
     }
     SetPageTexts(dialog, record);
     if (!m_properties->ReadOnly()) {
@@ -187,7 +188,16 @@ void VPrintingShortcutPropPage::MakePendingShortcut(HWND dialog, PrintShortcutRe
         if (last >= 0) ::SendMessageW(list->Window(), LVM_DELETEITEM, static_cast<WPARAM>(last), 0);
     }
     const int32_t index = m_shortcuts->SetPendingShortcut(std::move(pending), NewShortcutName());
-    list->AddShortcutItem(dialog, m_shortcuts->Records()[static_cast<size_t>(index)]);
+    PrintShortcutRecord& made = m_shortcuts->Records()[static_cast<size_t>(index)];
+    {
+        // Selecting the new item is not a choice of shortcut: the pending shortcut is already
+        // what the job has, and applying all of it would overwrite what it cannot hold.
+        const ProgrammaticSelection selecting(m_ignoreSelections);
+        list->AddShortcutItem(dialog, made);
+    }
+    SetPageTexts(dialog, made);
+    if (!m_properties->ReadOnly()) FillCombos(dialog, made);
+    CheckDuplex(dialog, made);
     EnableControl(dialog, IDC_PS_SAVE_AS, true);
     EnableControl(dialog, IDC_PS_DELETE, true);
 }

@@ -9,6 +9,7 @@
 #include "shortcuts/shortcut_job.h"
 #include "ui/page_messages.h"
 #include "ui/shortcuts_page_parts.h"
+#include "ui/ui_control.h"
 
 #include <commctrl.h>
 
@@ -16,8 +17,26 @@
 
 using namespace page;
 
+// The standard page's controls of the shortcut settings follow their items, and so do the page's
+// own boxes, as far as the selected shortcut offers the items' options.
 void VPrintingShortcutPropPage::OnStandardItemsChanged(HWND standardPage, const VUIProperties& properties) {
-    if (standardPage == nullptr || !m_shortcuts) return;
+    if (!m_shortcuts) return;
+    if (standardPage != nullptr) PutStandardControlsInLine(standardPage, properties);
+    const int32_t selected = SelectedRecord();
+    if (selected < 0 || m_dialog == nullptr) return;
+    const PrintShortcutRecord& record = m_shortcuts->Records()[static_cast<size_t>(selected)];
+    for (size_t position = 0; position < record.features.size() && position < kSettingPositions; ++position) {
+        POPTITEM item = nullptr;
+        if (FAILED(properties.FindItem(record.features[position].c_str(), &item)) || item == nullptr) continue;
+        const int32_t shown = m_shortcuts->ToShortcutOption(record, position, item->Sel);
+        if (shown >= 0) {
+            ::SendDlgItemMessageW(m_dialog, ComboOfSettingPosition(position), CB_SETCURSEL, static_cast<WPARAM>(shown),
+                                  0);
+        }
+    }
+}
+
+void VPrintingShortcutPropPage::PutStandardControlsInLine(HWND standardPage, const VUIProperties& properties) {
     const bool version6 = zx::GetSystemMajorVersion() >= 6;
     VPrivateDevMode* block = properties.PrivateDevMode();
     auto setList = [standardPage](WORD id, LONG position) {
@@ -33,12 +52,13 @@ void VPrintingShortcutPropPage::OnStandardItemsChanged(HWND standardPage, const 
     for (const auto& [combo, feature] : m_featureMap) {
         POPTITEM item = nullptr;
         if (feature.empty() || FAILED(properties.FindItem(feature.c_str(), &item)) || item == nullptr ||
-            item->pOptType == nullptr) {
+            item->pOptType == nullptr || item->pOptType->pOptParam == nullptr) {
             continue;
         }
         const WORD first = item->pOptType->BegCtrlID;
         if (feature == Feature::MediaType) {
-            // The standard page lists only the media types that are not hidden.
+            // The list leaves out the media types that are hidden, as those a black-only device
+            // cannot print on: the selection's place among the shown ones.
             LONG position = 0;
             for (LONG option = 0; option < item->Sel && option < item->pOptType->Count; ++option) {
                 if (!(item->pOptType->pOptParam[option].Flags & OPTPF_HIDE)) ++position;
@@ -47,8 +67,10 @@ void VPrintingShortcutPropPage::OnStandardItemsChanged(HWND standardPage, const 
         } else if (feature == Feature::PageOutputQuality) {
             checkButtons(first, item->Sel);
         } else if (feature == Feature::DocumentNUp && block != nullptr) {
-            setList(static_cast<WORD>(first + (version6 ? 4 : 2)), static_cast<LONG>(block->dwNUpIndex));
-            item->Sel = static_cast<LONG>(block->dwNUpIndex);
+            const LONG nup = static_cast<LONG>(block->dwNUpIndex);
+            if (!zx::IsOptionIndex(*item, nup)) continue;
+            setList(static_cast<WORD>(first + (version6 ? 4 : 2)), nup);
+            item->Sel = nup;
             item->Flags |= OPTIF_CHANGED;
         } else if (feature == Feature::Duplex) {
             if (version6) {
@@ -107,6 +129,7 @@ void VPrintingShortcutPropPage::ApplyShortcutToJob(HWND dialog, int32_t recordIn
 // One setting of a shortcut, as its combo box shows it, handed to the feature's item.
 void VPrintingShortcutPropPage::ApplySettingToJob(HWND dialog, const PrintShortcutRecord& record, size_t position,
                                                   bool commit, DWORD mode) {
+    if (position >= record.features.size()) return;
     const std::string& feature = record.features[position];
     POPTITEM item = Item(feature.c_str());
     if (item == nullptr || (feature == Feature::Duplex && (item->Flags & OPTIF_DISABLED))) return;

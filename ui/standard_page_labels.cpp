@@ -33,12 +33,35 @@ void Restore(HWND window, WNDPROC procedure) {
     if (procedure != nullptr) ::SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(procedure));
 }
 
+bool HasProcedure(HWND window, WNDPROC procedure) {
+    return reinterpret_cast<WNDPROC>(::GetWindowLongPtrW(window, GWLP_WNDPROC)) == procedure;
+}
+
+// The saved procedure of the quality button that `window` is; null for another window.
+WNDPROC SavedProcedureOf(HWND window) {
+    for (size_t button = 0; button < g_labels.qualityButtons.size(); ++button) {
+        if (g_labels.qualityButtons[button] == window) return g_labels.qualityProcedures[button];
+    }
+    return nullptr;
+}
+
+// Only buttons are relabelled: an item shown otherwise has other controls at those places.
+bool IsButton(HWND window) {
+    wchar_t className[16] = {};
+    ::GetClassNameW(window, className, 16);
+    return ::CompareStringOrdinal(className, -1, L"Button", -1, TRUE) == CSTR_EQUAL;
+}
+
 // Drops one text change of a quality button: the button gets its saved procedure back and keeps
 // its text. Every other message is answered with 0 until then.
+// A button whose named procedure is missing gets its own back.
 LRESULT CALLBACK QualityLabelProcedure(HWND window, UINT message, WPARAM, LPARAM lParam) {
     if (message != WM_SETTEXT) return 0;
+    const auto restore = [window](WNDPROC procedure) {
+        Restore(window, procedure ? procedure : SavedProcedureOf(window));
+    };
     if (!g_labels.simpleLanguageLabels) {
-        Restore(window, g_labels.qualityProcedures[1]);
+        restore(g_labels.qualityProcedures[1]);
         return 0;
     }
     const auto* text = reinterpret_cast<const wchar_t*>(lParam);
@@ -46,11 +69,11 @@ LRESULT CALLBACK QualityLabelProcedure(HWND window, UINT message, WPARAM, LPARAM
     LoadUiString(StringId::QualityButton2, second);
     if (text == nullptr) return 0;
     if (std::wcscmp(text, kDraftText) == 0) {
-        Restore(window, g_labels.qualityProcedures[0]);
+        restore(g_labels.qualityProcedures[0]);
     } else if (std::wcscmp(text, kBetterText) == 0 || std::wcscmp(text, second) == 0) {
-        Restore(window, g_labels.qualityProcedures[1]);
+        restore(g_labels.qualityProcedures[1]);
     } else if (std::wcscmp(text, kBestText) == 0) {
-        Restore(window, g_labels.qualityProcedures[2]);
+        restore(g_labels.qualityProcedures[2]);
     }
     return 0;
 }
@@ -68,6 +91,7 @@ LRESULT CALLBACK TwoSidedLabelProcedure(HWND window, UINT message, WPARAM, LPARA
 void SetUpQualityLabels(HWND standardPage, WORD firstControlId, bool simpleLanguage) {
     for (size_t button = 0; button < kQualityButtonOffsets.size(); ++button) {
         HWND window = ::GetDlgItem(standardPage, firstControlId + kQualityButtonOffsets[button]);
+        if (window != nullptr && !IsButton(window)) window = nullptr;
         g_labels.qualityButtons[button] = window;
         if (window != nullptr && g_labels.qualityProcedures[button] == nullptr) {
             g_labels.qualityProcedures[button] = reinterpret_cast<WNDPROC>(::GetWindowLongPtrW(window, GWLP_WNDPROC));
@@ -80,9 +104,11 @@ void SetUpQualityLabels(HWND standardPage, WORD firstControlId, bool simpleLangu
     }
 }
 
+// A button without a saved procedure is left alone: nothing could give it its own back.
 void GuardQualityLabels() {
-    for (HWND window : g_labels.qualityButtons) {
-        if (window != nullptr && ::IsWindow(window)) {
+    for (size_t button = 0; button < g_labels.qualityButtons.size(); ++button) {
+        HWND window = g_labels.qualityButtons[button];
+        if (window != nullptr && ::IsWindow(window) && g_labels.qualityProcedures[button] != nullptr) {
             ::SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&QualityLabelProcedure));
         }
     }
@@ -126,7 +152,9 @@ void GuardTwoSidedLabel(HWND control) {
 }
 
 void UnguardTwoSidedLabel(HWND control) {
-    if (control != nullptr && ::IsWindow(control)) Restore(control, g_labels.twoSidedProcedure);
+    if (control != nullptr && ::IsWindow(control) && HasProcedure(control, &TwoSidedLabelProcedure)) {
+        Restore(control, g_labels.twoSidedProcedure);
+    }
 }
 
 }  // namespace zx
