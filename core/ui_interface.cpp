@@ -6,16 +6,16 @@
 #include "util/result.h"
 
 namespace {
-// Changed without a lock: the core driver creates and destroys UI objects on the thread that
-// shows the property sheet.
-long g_liveObjects = 0;
+// Changed on any thread: the class factory makes a UI object for every request, also for the
+// provider and converter requests that arrive on print threads.
+volatile LONG g_liveObjects = 0;
 }  // namespace
 
-VUIInterfaceImpl::VUIInterfaceImpl() : CUnknown(IID_IPrintOemUI) { ++g_liveObjects; }
+VUIInterfaceImpl::VUIInterfaceImpl() : CUnknown(IID_IPrintOemUI) { ::InterlockedIncrement(&g_liveObjects); }
 
 // The string libraries serve every property sheet of the process and go with the last object.
 VUIInterfaceImpl::~VUIInterfaceImpl() {
-    if (--g_liveObjects == 0) zx::FreeResourceLibraries();
+    if (::InterlockedDecrement(&g_liveObjects) == 0) zx::FreeResourceLibraries();
 }
 
 long VUIInterfaceImpl::LiveCount() noexcept { return g_liveObjects; }
