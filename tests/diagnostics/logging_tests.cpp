@@ -12,8 +12,23 @@
 #include <fstream>
 #include <regex>
 #include <sstream>
+#include <thread>
 
 using namespace NGLogging;
+
+// Every lookup of thread-local storage in this program passes here (the program is linked with
+// --wrap for it), so that a test can count the lookups one thread makes. The first lookup of a
+// thread allocates its storage.
+namespace {
+volatile DWORD g_watchedThread = 0;
+volatile LONG g_watchedLookups = 0;
+}  // namespace
+
+extern "C" void* __real___emutls_get_address(void* object);
+extern "C" void* __wrap___emutls_get_address(void* object) {
+    if (g_watchedThread == ::GetCurrentThreadId()) ::InterlockedIncrement(&g_watchedLookups);
+    return __real___emutls_get_address(object);
+}
 
 namespace {
 
@@ -228,4 +243,40 @@ TEST(FileVersionInfo, ValuesComeFromTheLastTranslationThatHasThem) {
     const NGUtils::CFileVersionInfo two((drvhost::ProgramDirectory() + L"zx_two_translations.exe").c_str());
     EXPECT_STREQ(L"Deutsche Ausgabe", two.FileDescription());
     EXPECT_EQ(nullptr, NGUtils::CFileVersionInfo(L"").GetValue(L"FileVersion"));
+}
+
+// While one thread is inside a guarded call, the fault handler sees the exceptions of every
+// thread. Those it does not translate, debugger output among them, pass untouched: no storage of
+// the raising thread is looked up, so none is allocated during exception dispatch.
+TEST(FaultTranslation, OtherThreadsExceptionsPassWithoutTouchingTheirStorage) {
+    constexpr DWORD kApplicationException = 0xE0001234;
+    PVOID resume = ::AddVectoredExceptionHandler(0, [](PEXCEPTION_POINTERS info) -> LONG {
+        return info->ExceptionRecord->ExceptionCode == kApplicationException ? EXCEPTION_CONTINUE_EXECUTION
+                                                                             : EXCEPTION_CONTINUE_SEARCH;
+    });
+    volatile LONG guarding = 0, done = 0;
+    std::thread guarded([&] {
+        struct Wait {
+            volatile LONG* guarding;
+            volatile LONG* done;
+            void operator()() {
+                *guarding = 1;
+                while (*done == 0) YieldProcessor();
+            }
+        } wait{&guarding, &done};
+        NGUtils::CallTranslatingFaults(wait);
+    });
+    while (guarding == 0) ::Sleep(1);
+    std::thread other([] {
+        g_watchedLookups = 0;
+        g_watchedThread = ::GetCurrentThreadId();
+        ::RaiseException(kApplicationException, 0, 0, nullptr);
+        ::OutputDebugStringW(L"passes by\n");
+        g_watchedThread = 0;
+    });
+    other.join();
+    done = 1;
+    guarded.join();
+    ::RemoveVectoredExceptionHandler(resume);
+    EXPECT_EQ(0, g_watchedLookups);
 }
