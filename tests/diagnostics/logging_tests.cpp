@@ -1,6 +1,7 @@
 // The log module configured through Wine's registry, writing real files: filtering, line
 // composition, the size limit, the queue, the header, function traces and the translation of
 // processor faults.
+#include "diagnostics/external_monitor.h"
 #include "diagnostics/file_version_info.h"
 #include "diagnostics/log_function.h"
 #include "diagnostics/log_module.h"
@@ -34,6 +35,86 @@ namespace {
 
 constexpr wchar_t kRoot[] = L"Software\\ZX\\NG\\Logging";
 constexpr wchar_t kModule[] = L"DiagModule";
+
+// An external monitor that records each call and the thread it came on.
+struct MonitorCall {
+    std::string what;
+    DWORD thread;
+};
+std::vector<MonitorCall> g_monitorCalls;
+
+class RecordingMonitor final : public IExternalLogMonitor {
+public:
+    STDMETHODIMP QueryInterface(REFIID riid, void** object) override {
+        *object = nullptr;
+        if (!IsEqualIID(riid, IID_IUnknown) && !IsEqualIID(riid, IID_IDispatch) &&
+            !IsEqualIID(riid, IID_IExternalLogMonitor)) {
+            return E_NOINTERFACE;
+        }
+        *object = static_cast<IExternalLogMonitor*>(this);
+        AddRef();
+        return S_OK;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override { return static_cast<ULONG>(::InterlockedIncrement(&m_count)); }
+    STDMETHODIMP_(ULONG) Release() override {
+        const LONG left = ::InterlockedDecrement(&m_count);
+        if (left == 0) {
+            Record("Release");
+            delete this;
+        }
+        return static_cast<ULONG>(left);
+    }
+    STDMETHODIMP GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
+    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
+        return E_NOTIMPL;
+    }
+    STDMETHODIMP Attach(BSTR, BSTR) override { return Record("Attach"); }
+    STDMETHODIMP Detach(BSTR) override { return Record("Detach"); }
+    STDMETHODIMP ClassEntered(BSTR) override { return Record("ClassEntered"); }
+    STDMETHODIMP FunctionEntered(BSTR) override { return Record("FunctionEntered"); }
+    STDMETHODIMP FunctionLeft(BSTR) override { return Record("FunctionLeft"); }
+
+private:
+    static HRESULT Record(const char* what) {
+        g_monitorCalls.push_back({what, ::GetCurrentThreadId()});
+        return S_OK;
+    }
+    volatile LONG m_count = 1;
+};
+
+// Registered for the calling thread's apartment while it lives.
+class RegisteredMonitorClass final : public IClassFactory {
+public:
+    static constexpr CLSID kClass = {0x5a1f0c3e, 0x2b7d, 0x4e61, {0x9a, 0x3c, 0x11, 0x22, 0x33, 0x44, 0x55, 0x66}};
+    static constexpr wchar_t kClassText[] = L"{5A1F0C3E-2B7D-4E61-9A3C-112233445566}";
+
+    RegisteredMonitorClass() {
+        ::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+        EXPECT_EQ(S_OK, ::CoRegisterClassObject(kClass, this, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &m_cookie));
+    }
+    ~RegisteredMonitorClass() {
+        ::CoRevokeClassObject(m_cookie);
+        ::CoUninitialize();
+    }
+    STDMETHODIMP QueryInterface(REFIID riid, void** object) override {
+        *object = IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IClassFactory) ? this : nullptr;
+        return *object ? S_OK : E_NOINTERFACE;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override { return 2; }  // lives on the test's stack
+    STDMETHODIMP_(ULONG) Release() override { return 1; }
+    STDMETHODIMP CreateInstance(IUnknown*, REFIID riid, void** object) override {
+        auto* monitor = new RecordingMonitor();
+        const HRESULT hr = monitor->QueryInterface(riid, object);
+        monitor->Release();
+        return hr;
+    }
+    STDMETHODIMP LockServer(BOOL) override { return S_OK; }
+
+private:
+    DWORD m_cookie = 0;
+};
 
 class LoggingTest : public testing::Test {
 protected:
@@ -279,4 +360,39 @@ TEST(FaultTranslation, OtherThreadsExceptionsPassWithoutTouchingTheirStorage) {
     guarded.join();
     ::RemoveVectoredExceptionHandler(resume);
     EXPECT_EQ(0, g_watchedLookups);
+}
+
+// The monitor belongs to the apartment of the thread that configured it: only that thread calls
+// it, tells it goodbye and releases it. Traces on other threads are not reported, and a module
+// destroyed on another thread leaves its monitor alone.
+TEST_F(LoggingTest, TheExternalMonitorIsCalledOnlyOnTheThreadThatMadeIt) {
+    const RegisteredMonitorClass monitorClass;
+    Configure(L"", Category::FunctionEntry | Category::FunctionExit, 0);
+    Configure(Executable(), Category::FunctionEntry | Category::FunctionExit, 0);
+    HKEY key = nullptr;
+    RegOpenKeyExW(HKEY_LOCAL_MACHINE, (std::wstring(kRoot) + L"\\" + Executable()).c_str(), 0, KEY_ALL_ACCESS, &key);
+    const std::wstring classId = RegisteredMonitorClass::kClassText;
+    RegSetValueExW(key, L"ExtMonitorCLSID", 0, REG_SZ, reinterpret_cast<const BYTE*>(classId.c_str()),
+                   static_cast<DWORD>((classId.size() + 1) * sizeof(wchar_t)));
+    SetDword(key, L"ExtMonitorFlags", MonitorFlag::ClassChanges | MonitorFlag::Entries | MonitorFlag::Exits);
+    RegCloseKey(key);
+
+    g_monitorCalls.clear();
+    {
+        CLogModule log(kModule, "Jan 18 2026", "09:30:15", 0, 30);
+        { CLogFunction trace(log, nullptr, L"Sheet::Open", 1); }
+        std::thread([&log] { CLogFunction trace(log, nullptr, L"Spooler::Print", 2); }).join();
+    }
+    auto elsewhere = std::make_unique<CLogModule>(kModule, "Jan 18 2026", "09:30:15", 0, 30);
+    { CLogFunction trace(*elsewhere, nullptr, L"Sheet::Close", 3); }
+    std::thread([&elsewhere] { elsewhere.reset(); }).join();
+
+    std::vector<std::string> calls;
+    for (const MonitorCall& call : g_monitorCalls) {
+        EXPECT_EQ(::GetCurrentThreadId(), call.thread) << call.what;
+        calls.push_back(call.what);
+    }
+    EXPECT_EQ((std::vector<std::string>{"Attach", "ClassEntered", "FunctionEntered", "FunctionLeft", "Detach",
+                                        "Release", "Attach", "ClassEntered", "FunctionEntered", "FunctionLeft"}),
+              calls);
 }
