@@ -8,6 +8,7 @@
 #include "settings/option_access.h"
 #include "settings/snapping.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <cwchar>
@@ -170,8 +171,11 @@ void DevModeContext::AddUserChange(DWORD flag) const noexcept {
     }
 }
 
+// The DEVMODE's own header may claim more than the host passed: the core helper is told no more
+// than the conversion's size, so that it never reads past the host's buffer.
 HRESULT DevModeContext::Option(PCSTR feature, PCSTR* option) const noexcept {
-    return zx::GetJobOption(helper.Get(), devMode, feature, option);
+    const DWORD size = std::min<DWORD>(zx::DevModeTotalSize(devMode), devModeSize);
+    return zx::GetOptionOf(helper.Get(), devMode, size, feature, option);
 }
 
 HRESULT CPaperSizeDMPTConv::ReadDevMode(PDEVMODEW devMode, ULONG devModeSize, PVOID privateBlock, ULONG privateSize,

@@ -8,6 +8,7 @@
 #include "printschema/print_schema_names.h"
 #include "settings/private_devmode.h"
 #include "tests/printschema/dom_support.h"
+#include "tests/support/fake_core_helper.h"
 #include "tests/support/plugin_module.h"
 
 #include <gtest/gtest.h>
@@ -292,4 +293,28 @@ TEST(BidiConverter, WritesWhatTheDeviceReports) {
     EXPECT_EQ(L"ns0000:_7", OptionOf(colour.Get(), L"psk:JobInputBin"));
     auto unknown = convert(nullptr);
     EXPECT_EQ(L"ns0000:_7", OptionOf(unknown.Get(), L"psk:JobInputBin"));
+}
+
+// The host says how large the DEVMODE is; a header that claims more is not passed on to the core
+// driver, which would read that far.
+TEST(ProviderInput, DevModeHeadersClaimingMoreThanTheHostPassedAreNotBelieved) {
+    zxtest::FakeCoreHelper helper;
+    helper.SetOption("DocumentBinding", "None");
+    helper.SetOption("JobNUpAllDocumentsContiguously", "1");
+    helper.SetOption("DocumentNUp", "1");
+    helper.SetOption("DrawBorders", "Off");
+    auto provider = zxtest::CreateTicketProvider();
+    ASSERT_EQ(S_OK, provider->PublishPrintTicketHelper(static_cast<IPrintOemDriverUI*>(&helper)));
+    std::vector<BYTE> bytes(sizeof(DEVMODEW) + 64);
+    auto* devMode = reinterpret_cast<DEVMODEW*>(bytes.data());
+    devMode->dmSize = sizeof(DEVMODEW);
+    devMode->dmDriverExtra = 4000;
+    VPrivateDevMode block{};
+    auto ticket = LoadDocument(zxtest::Ticket(
+        L"<psf:Feature name='ns0000:JobZXPrintOnBothSidesManually'><psf:Option name='ns0000:OFF'/></psf:Feature>"));
+    const ULONG size = static_cast<ULONG>(bytes.size());
+    EXPECT_EQ(S_OK, provider->ConvertDevModeToPrintTicket(size, devMode, sizeof(block), &block, ticket.Get()));
+    EXPECT_LT(3u, helper.askedDevModeSizes.size());
+    EXPECT_EQ(size, helper.largestDevModeSize);
+    provider.Reset();
 }
