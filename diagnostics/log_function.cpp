@@ -99,7 +99,7 @@ CLogFunction::~CLogFunction() {
             if (!::QueryPerformanceFrequency(&frequency) || frequency.QuadPart == 0) frequency.QuadPart = 1000000;
             wchar_t duration[64];
             std::swprintf(duration, 64, L" (Dur: %lld us) ",
-                          (now.QuadPart - m_start.QuadPart) * 1000000 / frequency.QuadPart);
+                          MicrosecondsOf(now.QuadPart - m_start.QuadPart, frequency.QuadPart));
             text += duration;
         }
         if (m_exceptionState == TraceState::Handled) text += L"(handled exception) ";

@@ -7,6 +7,7 @@
 #include "diagnostics/log_module.h"
 #include "diagnostics/win32_exception.h"
 #include "drvhost/printer_install.h"
+#include "tests/support/debugger_output.h"
 
 #include <gtest/gtest.h>
 
@@ -244,6 +245,42 @@ TEST_F(LoggingTest, LinesWaitInAQueueWhileAnotherWriterHoldsTheFile) {
         Contents());
 }
 
+// A file that cannot be opened keeps its newest lines only, by count and by size; the debugger
+// hears of every failed attempt, and the file, once it opens, of the lines dropped.
+TEST_F(LoggingTest, AFileThatCannotBeOpenedQueuesItsNewestLinesOnly) {
+    const std::wstring folder = logFile + L".folder";
+    std::wstring unopenable = folder + L"\\queued.log";
+    DeleteFileW(unopenable.c_str());
+    RemoveDirectoryW(folder.c_str());
+    Configure(L"", Category::Warning, 0, 0, &unopenable);
+    CLogModule log(kModule, "Jan 18 2026", "09:30:15", 0, 30);
+    zxtest::DebuggerOutput debugger;
+    for (int line = 0; line < 1500; ++line) {
+        log.WriteLine(nullptr, Category::Warning, nullptr, (L"line " + std::to_wstring(line)).c_str());
+    }
+    const std::string report = "Unable to open log file:\r\n<" + std::string(unopenable.begin(), unopenable.end());
+    EXPECT_EQ(0u, debugger.Text().find(report)) << debugger.Text().substr(0, 200);
+
+    ASSERT_TRUE(CreateDirectoryW(folder.c_str(), nullptr));
+    log.WriteLine(nullptr, Category::Warning, nullptr, L"opened");
+    std::string expected = "--- Queued Lines Start ---\r\n--- 500 Queued Lines Dropped ---\r\n";
+    for (int line = 500; line < 1500; ++line) expected += "(WN) line " + std::to_string(line) + "\r\n";
+    EXPECT_EQ(expected + "--- Queued Lines End ---\r\n(WN) opened\r\n", Contents(unopenable));
+
+    // A megabyte of queued lines is the most kept.
+    DeleteFileW(unopenable.c_str());
+    RemoveDirectoryW(folder.c_str());
+    const std::wstring longLine(20000, L'x');
+    for (int line = 0; line < 60; ++line) log.WriteLine(nullptr, Category::Warning, nullptr, longLine.c_str());
+    ASSERT_TRUE(CreateDirectoryW(folder.c_str(), nullptr));
+    log.WriteLine(nullptr, Category::Warning, nullptr, L"opened again");
+    const std::string contents = Contents(unopenable);
+    EXPECT_NE(std::string::npos, contents.find("--- 8 Queued Lines Dropped ---"));
+    EXPECT_GT(size_t{1024 * 1024 + 1000}, contents.size());
+    DeleteFileW(unopenable.c_str());
+    RemoveDirectoryW(folder.c_str());
+}
+
 TEST_F(LoggingTest, HeaderBlockOpensTheFile) {
     Configure(L"", Category::Warning | Category::Header, 0);
     CLogModule log(kModule, "Jan 18 2026", "09:30:15", 0, 30);
@@ -395,4 +432,12 @@ TEST_F(LoggingTest, TheExternalMonitorIsCalledOnlyOnTheThreadThatMadeIt) {
     EXPECT_EQ((std::vector<std::string>{"Attach", "ClassEntered", "FunctionEntered", "FunctionLeft", "Detach",
                                         "Release", "Attach", "ClassEntered", "FunctionEntered", "FunctionLeft"}),
               calls);
+}
+
+TEST(LogPrefix, MicrosecondsStayExactForAnyUptime) {
+    constexpr long long kTenMegahertz = 10000000;
+    EXPECT_EQ(1500000, MicrosecondsOf(15000000, kTenMegahertz));
+    const long long twentyDays = 20LL * 24 * 3600;
+    EXPECT_EQ(twentyDays * 1000000 + 250000, MicrosecondsOf(twentyDays * kTenMegahertz + 2500000, kTenMegahertz));
+    EXPECT_EQ(7, MicrosecondsOf(7, 1000000));
 }
