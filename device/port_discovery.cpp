@@ -92,8 +92,9 @@ bool ClassifyPort(VPrinterAccess& printer) {
     printer.SetPort(kPortUnknown, L"");
     if (printer.PrinterHandle() == nullptr && printer.PrinterName().empty()) return false;
     const PRINTER_INFO_2W* info = printer.GetPrinterInfo();
-    if (info == nullptr || info->pPortName == nullptr || info->pPortName[0] == L'\0') return false;
-    const std::wstring portName = info->pPortName;
+    if (info == nullptr) return false;
+    const std::wstring portName(printer.PrinterInfoText(info->pPortName));
+    if (portName.empty()) return false;
     printer.ReplaceXcvHandle(OpenTransceiver(printer, portName));
     const int32_t kind = KindOfPort(portName);
     printer.SetPort(kind, portName);

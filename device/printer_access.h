@@ -42,6 +42,9 @@ public:
     // The printer's level-2 information, owned by this object until the next call; null when
     // it cannot be read or names no driver.
     const PRINTER_INFO_2W* GetPrinterInfo();
+    // A text that the printer information points to, read no further than the end of its block;
+    // empty when the pointer is null or points elsewhere.
+    std::wstring_view PrinterInfoText(const wchar_t* text) const { return zx::TextInBlock(m_printerInfo, text); }
 
     HANDLE PrinterHandle() const noexcept { return m_printer; }
     const std::wstring& PrinterName() const noexcept { return m_printerName; }

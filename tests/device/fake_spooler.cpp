@@ -62,7 +62,8 @@ BOOL WINAPI FakeGetPrinter(HANDLE handle, DWORD level, LPBYTE buffer, DWORD size
     PRINTER_INFO_2W info{};
     BlockWriter writer(buffer, size, sizeof(info));
     info.pPrinterName = writer.Add(L"P");
-    info.pPortName = writer.Add(Spooler().portName);
+    info.pPortName = Spooler().portNameOutsideBlock ? const_cast<LPWSTR>(Spooler().portNameOutsideBlock)
+                                                    : writer.Add(Spooler().portName);
     info.pDriverName = writer.Add(Spooler().driverName);
     return writer.Finish(&info, 1, needed);
 }

@@ -47,6 +47,7 @@ public:
 
     // The printer.
     std::wstring portName = L"USB001";
+    const wchar_t* portNameOutsideBlock = nullptr;  // a port name the printer information points to elsewhere
     std::wstring driverName = L"ZX Inkjet Simulator Driver";
     std::wstring driverPath = L"C:\\drivers\\zxcoresim.dll";
     std::map<std::wstring, StoredValue, CaseInsensitiveLess> data;  // under "PrinterDriverData"

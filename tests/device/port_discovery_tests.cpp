@@ -52,6 +52,11 @@ TEST_F(PortTest, KindsComeFromNameMarkersThenFromTheDescriptionOfTheLastPortOfTh
     EXPECT_TRUE(spooler.xcvOutputSizes.empty());
     VPrinterAccess nameless(nullptr, nullptr);
     EXPECT_FALSE(zx::ClassifyPort(nameless));
+    // The port name is read only from within the spooler's block.
+    spooler.portNameOutsideBlock = L"USB001";
+    EXPECT_FALSE(zx::ClassifyPort(access));
+    EXPECT_EQ(L"", access.PortName());
+    spooler.portNameOutsideBlock = nullptr;
 
     // A port's description is that of the last port of its name.
     spooler.ports.push_back({L"LPT1:", L"Second LPT1"});
