@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cwchar>
+#include <iterator>
 #include <vector>
 
 using namespace PrintSchema;
@@ -56,6 +57,30 @@ constexpr struct {
 } kRenamedApplications[] = {
     {L"Print Server", L"WordPerfect"},
 };
+
+// The characters of XML names, colon excluded (a name's local part): those that may start a
+// name, and those that may only follow. Characters beyond the 16-bit range (surrogate pairs) all
+// may start a name.
+struct CharacterRange {
+    wchar_t first, last;
+};
+constexpr CharacterRange kNameStartCharacters[] = {
+    {L'A', L'Z'},     {L'_', L'_'},     {L'a', L'z'},     {0x00C0, 0x00D6}, {0x00D8, 0x00F6},
+    {0x00F8, 0x02FF}, {0x0370, 0x037D}, {0x037F, 0x1FFF}, {0x200C, 0x200D}, {0x2070, 0x218F},
+    {0x2C00, 0x2FEF}, {0x3001, 0xD7FF}, {0xF900, 0xFDCF}, {0xFDF0, 0xFFFD},
+};
+constexpr CharacterRange kNameFollowingCharacters[] = {
+    {L'-', L'-'}, {L'.', L'.'}, {L'0', L'9'}, {0x00B7, 0x00B7}, {0x0300, 0x036F}, {0x203F, 0x2040},
+};
+
+template <size_t N>
+bool InRanges(const CharacterRange (&ranges)[N], wchar_t c) {
+    return std::any_of(std::begin(ranges), std::end(ranges),
+                       [c](const CharacterRange& range) { return c >= range.first && c <= range.last; });
+}
+
+bool IsHighSurrogate(wchar_t c) { return c >= 0xD800 && c <= 0xDB7F; }  // up to U+EFFFF
+bool IsLowSurrogate(wchar_t c) { return c >= 0xDC00 && c <= 0xDFFF; }
 
 struct LanguageAndCodePage {
     WORD language;
@@ -218,8 +243,25 @@ VStringBuffer DetectPrintingApplication() {
         }
     }
     ApplyRenames(name);
-    name.Replace(L' ', L'_');
+    MakeOptionName(name);
     return name;
+}
+
+void MakeOptionName(VStringBuffer& name) {
+    std::wstring valid(name.c_str(), name.Length());
+    for (size_t at = 0; at < valid.size(); ++at) {
+        if (IsHighSurrogate(valid[at]) && at + 1 < valid.size() && IsLowSurrogate(valid[at + 1])) {
+            ++at;
+        } else if (!InRanges(kNameStartCharacters, valid[at]) && !InRanges(kNameFollowingCharacters, valid[at])) {
+            valid[at] = L'_';
+        }
+    }
+    if (!valid.empty() && !IsHighSurrogate(valid[0]) && !InRanges(kNameStartCharacters, valid[0])) {
+        valid.insert(valid.begin(), L'_');
+    }
+    if (valid.size() > kMaxApplicationName) valid.resize(kMaxApplicationName);
+    if (!valid.empty() && IsHighSurrogate(valid.back())) valid.pop_back();  // its pair was cut off
+    SetName(name, valid.c_str(), valid.size());
 }
 
 void RecordPrintingApplication(VPrintTicketHandler& ticket) noexcept {

@@ -101,8 +101,35 @@ TEST_F(ApplicationDetection, PlainProcessesAreNamedByTheirFileDescription) {
     EXPECT_EQ(L"Unknown", Detected(Beside(L"missing.exe")));
     std::wstring digits;
     while (digits.size() < kMaxApplicationName) digits += L"0123456789";
-    EXPECT_EQ(digits.substr(0, kMaxApplicationName), Detected(Beside(L"zx_long_description.exe")));
+    EXPECT_EQ(L"_" + digits.substr(0, kMaxApplicationName - 1), Detected(Beside(L"zx_long_description.exe")));
     EXPECT_TRUE(g_host.opened.empty());
+}
+
+// The option's name must be an XML name, or the host refuses every ticket of the application.
+TEST(ApplicationOptionName, CharactersAnXmlNameCannotHoldBecomeUnderscores) {
+    const std::pair<const wchar_t*, const wchar_t*> cases[] = {
+        {L"My  Report Tool", L"My__Report_Tool"},
+        {L"7-Zip File Manager", L"_7-Zip_File_Manager"},
+        {L"Notepad++", L"Notepad__"},
+        {L"Microsoft\u00AE Word", L"Microsoft__Word"},
+        {L"Adobe Acrobat DC (32-bit)", L"Adobe_Acrobat_DC__32-bit_"},
+        {L"Paint: Editor", L"Paint__Editor"},
+        {L"Explorer.EXE", L"Explorer.EXE"},
+        {L"\u00DCbersicht \u00B7 Fotos", L"\u00DCbersicht_\u00B7_Fotos"},
+        {L"-dash", L"_-dash"},
+        {L"\u00B7dot", L"_\u00B7dot"},
+        {L"Photos \U0001F4F7", L"Photos_\U0001F4F7"},  // a surrogate pair stays whole
+        {L"a\xD800\x0062", L"a_b"},                    // a lone surrogate does not
+    };
+    for (const auto& [description, option] : cases) {
+        VStringBuffer name(description);
+        MakeOptionName(name);
+        EXPECT_STREQ(option, name.c_str());
+    }
+    VStringBuffer cutPair(std::wstring(kMaxApplicationName - 1, L'a').c_str());
+    cutPair.Append(L"\U0001F4F7");
+    MakeOptionName(cutPair);
+    EXPECT_EQ(std::wstring(kMaxApplicationName - 1, L'a'), cutPair.c_str());
 }
 
 TEST_F(ApplicationDetection, ThePrintHostOf32BitApplicationsNamesTheSpoolersClient) {
