@@ -209,10 +209,12 @@ HRESULT VUDMClient::RunDeviceQuery() {
     return S_OK;
 }
 
-// A failed write leaves the earlier answer, or none, in place.
+// A failed write leaves the earlier answer, or none, in place. An item that the data map names
+// like one of the plug-in's own values is not asked: its answer would overwrite that value.
 void VUDMClient::StoreDeviceAnswers(const std::vector<std::wstring>& items, IDeviceDataCollection* collection) {
     for (const std::wstring& item : items) {
         const std::wstring key = ItemKey(item);
+        if (IsPluginDriverDataValue(key)) continue;
         zx::unique_variant answer, stored;
         if (!AskItem(collection, item, answer)) {
             SetBool(stored, 0);

@@ -1,5 +1,7 @@
 #include "device/printer_access.h"
 
+#include <algorithm>
+#include <iterator>
 #include <optional>
 
 namespace {
@@ -46,6 +48,11 @@ DWORD StoreValue(HANDLE printer, const wchar_t* name, const StoredForm& form) {
 }
 
 }  // namespace
+
+bool IsPluginDriverDataValue(const std::wstring& name) noexcept {
+    return std::any_of(std::begin(kPluginDriverDataValues), std::end(kPluginDriverDataValues),
+                       [&name](const wchar_t* own) { return ::_wcsicmp(name.c_str(), own) == 0; });
+}
 
 VPrinterAccess::VPrinterAccess(const wchar_t* printerName, HANDLE printer)
     : m_printer(printer), m_printerName(printerName ? printerName : L"") {

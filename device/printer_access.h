@@ -17,6 +17,23 @@ enum PortKind : int32_t {
     kPortRediscovery = 4,  // the network re-discovery port monitor
 };
 
+// Values that the plug-in itself keeps in the printer's driver data: the device query cycle, the
+// shortcut store's printer GUID and current shortcut, the installation mark and the manual-change
+// marks. A device answer never takes one of these names.
+inline constexpr const wchar_t* kPluginDriverDataValues[] = {
+    L"BidiQuery",
+    L"PrinterGUID",
+    L"InstallOver",
+    L"CurrentShortcut",
+    L"CustomBitmapID",
+    L"DuplexUnitManuallyChanged",
+    L"Tray2ManuallyChanged",
+    L"PhotoTrayManuallyChanged",
+};
+// Whether a value name is one of the plug-in's own, compared without regard to case as the store
+// compares names.
+bool IsPluginDriverDataValue(const std::wstring& name) noexcept;
+
 class VPrinterAccess {
 public:
     enum class ValueRead : int { Read = 0, Missing = -1, Failed = 1 };

@@ -166,6 +166,23 @@ TEST_F(AccessoryTest, EachAnswerIsStoredByTheRuleOfItsKey) {
     EXPECT_TRUE(spooler.data.empty());
 }
 
+// A data map may name any value; the plug-in's own are not the device's to overwrite.
+TEST_F(AccessoryTest, DataMapItemsNamedLikeThePluginsOwnValuesAreRefused) {
+    bed.WriteDataMap(R"(<DataMaps><XMLDataMap Protocol="KELP"><StaticDataItem Name="CID"/>
+        <DataItem Name="PrinterGUID"/><DataItem Prefix="x" Name="InstallOver"/><DataItem Name="bidiquery"/>
+        <DataItem Name="CurrentShortcut"/><DataItem Prefix="m" Name="Tray2ManuallyChanged"/>
+        <DataItem Name="TrayState2"/></XMLDataMap></DataMaps>)");
+    bed.WriteProfile(
+        "Protocol=KELP\nCID=CID:X;\nPrinterGUID=1\nx:InstallOver=1\nbidiquery=1\nCurrentShortcut=1\n"
+        "m:Tray2ManuallyChanged=1\nTrayState2=1\n");
+    spooler.data[L"PrinterGUID"] = TextValue(L"5c2-1-2-3456789ab", false);
+    EXPECT_EQ(S_OK, Client()->RunDeviceQuery());
+    EXPECT_EQ(std::optional<std::wstring>(L"5c2-1-2-3456789ab"), spooler.Text(L"PrinterGUID"));
+    std::vector<std::wstring> stored;
+    for (const auto& [name, value] : spooler.data) stored.push_back(name);
+    EXPECT_EQ((std::vector<std::wstring>{L"CID", L"PrinterGUID", L"TrayState2"}), stored);
+}
+
 TEST_F(AccessoryTest, EachPortKindAddressesTheDeviceItsWay) {
     const auto addressSource = [this] {
         auto client = Client();
