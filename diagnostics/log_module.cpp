@@ -11,7 +11,6 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cwchar>
-#include <new>
 #include <ostream>
 #include <vector>
 
@@ -160,14 +159,22 @@ CLogModule::~CLogModule() { ::DeleteCriticalSection(&m_lock); }
 
 // Shared blocks and the external monitor wait for the first line: none of it may run while the
 // loader lock is held, and the module is made when the plug-in is loaded.
-void CLogModule::EnsureInitialised() {
-    if (m_initialised) return;
-    m_initialised = true;
-    const std::wstring base = WithoutExtension(FileNameOf(ModulePath(zx::ModuleInstance()))) +
-                              Format(L"[%ld]", static_cast<long>(::GetCurrentProcessId()));
-    m_registryBlock = std::make_unique<CSharedBlock>(base + L"RegValues", kRegistryBlockSize);
-    m_monitorBlock = std::make_unique<CSharedBlock>(base + L"ExtMonitor", kMonitorBlockSize);
-    m_monitor = std::make_unique<CExternalMonitor>(FileNameOf(m_executablePath));
+bool CLogModule::EnsureInitialised() noexcept {
+    if (m_initialised) return true;
+    try {
+        const std::wstring base = WithoutExtension(FileNameOf(ModulePath(zx::ModuleInstance()))) +
+                                  Format(L"[%ld]", static_cast<long>(::GetCurrentProcessId()));
+        auto registryBlock = std::make_unique<CSharedBlock>(base + L"RegValues", kRegistryBlockSize);
+        auto monitorBlock = std::make_unique<CSharedBlock>(base + L"ExtMonitor", kMonitorBlockSize);
+        auto monitor = std::make_unique<CExternalMonitor>(FileNameOf(m_executablePath));
+        m_registryBlock = std::move(registryBlock);
+        m_monitorBlock = std::move(monitorBlock);
+        m_monitor = std::move(monitor);
+        m_initialised = true;
+    } catch (...) {
+        // Out of memory: the module stays as it was.
+    }
+    return m_initialised;
 }
 
 bool CLogModule::RegistryDue() const {
@@ -251,12 +258,12 @@ CLogFileEntry* CLogModule::FileEntry(const std::wstring& configuredName) {
     const DWORD length =
         ::ExpandEnvironmentStringsW(configuredName.c_str(), expanded, static_cast<DWORD>(kPathCapacity));
     if (length == 0 || length > kPathCapacity) return nullptr;
-    std::unique_ptr<CLogFileEntry>& entry = m_files[expanded];
-    if (!entry) {
-        entry = std::make_unique<CLogFileEntry>();
-        entry->name = expanded;
-    }
-    return entry.get();
+    const auto known = m_files.find(expanded);
+    if (known != m_files.end()) return known->second.get();
+    // Made whole before it is kept: out of memory, no half-made entry stays behind.
+    auto entry = std::make_unique<CLogFileEntry>();
+    entry->name = expanded;
+    return m_files.emplace(expanded, std::move(entry)).first->second.get();
 }
 
 CLogSettings& CLogModule::RecordFor(const wchar_t* sourceFile) {
@@ -277,7 +284,7 @@ CLogSettings CLogModule::SettingsFor(const wchar_t* sourceFile) {
 // more than a look at the settings in memory.
 bool CLogModule::IsEnabled(const wchar_t* sourceFile, DWORD kind) {
     Lock lock(m_lock);
-    EnsureInitialised();
+    if (!EnsureInitialised()) return false;
     if (RegistryDue()) {
         CSharedBlock::Access access(*m_registryBlock);
         if (!access) return false;
@@ -564,12 +571,14 @@ void CLogModule::Indent(const wchar_t* sourceFile, int step) {
 
 void CLogModule::MonitorEnter(const std::wstring& className, const std::wstring& shortName) {
     Lock lock(m_lock);
+    if (!m_initialised) return;
     CSharedBlock::Access access(*m_monitorBlock);
     if (access && m_monitor) m_monitor->Entered(className, shortName);
 }
 
 void CLogModule::MonitorLeave(const std::wstring& shortName) {
     Lock lock(m_lock);
+    if (!m_initialised) return;
     CSharedBlock::Access access(*m_monitorBlock);
     if (access && m_monitor) m_monitor->Left(shortName);
 }
@@ -619,8 +628,11 @@ constexpr DWORD kPluginPollSeconds = 30;
 }  // namespace
 
 void CreatePluginLog() noexcept {
-    if (g_pluginLog == nullptr) {
-        g_pluginLog = new (std::nothrow) CLogModule(L"zxtaluUI14", __DATE__, __TIME__, 0, kPluginPollSeconds);
+    if (g_pluginLog != nullptr) return;
+    try {
+        g_pluginLog = new CLogModule(L"zxtaluUI14", __DATE__, __TIME__, 0, kPluginPollSeconds);
+    } catch (...) {
+        g_pluginLog = nullptr;  // the constructor's own allocations may fail too
     }
 }
 

@@ -121,7 +121,8 @@ public:
 
 private:
     class Lock;
-    void EnsureInitialised();
+    // False when memory for it cannot be had; the next line tries again.
+    bool EnsureInitialised() noexcept;
     bool RegistryDue() const;
     void ReadRegistry();
     CLogSettings& RecordFor(const wchar_t* sourceFile);
@@ -172,7 +173,8 @@ inline constexpr size_t kQueueByteLimit = 1024 * 1024;
 long long MicrosecondsOf(long long counter, long long frequency) noexcept;
 
 // The plug-in's own log module "zxtaluUI14": made when the plug-in is loaded (only what is safe
-// under the loader lock happens then), destroyed when it is unloaded.
+// under the loader lock happens then), destroyed when it is unloaded. Without memory for it the
+// plug-in has no log.
 void CreatePluginLog() noexcept;
 CLogModule* PluginLog() noexcept;
 void DestroyPluginLog() noexcept;

@@ -8,6 +8,7 @@
 #include "diagnostics/win32_exception.h"
 #include "drvhost/printer_install.h"
 #include "tests/support/debugger_output.h"
+#include "tests/support/failing_allocator.h"
 
 #include <gtest/gtest.h>
 
@@ -352,6 +353,47 @@ TEST_F(LoggingTest, ABadTextPointerDropsTheLineAndKeepsTheLastError) {
     EXPECT_EQ(1234u, GetLastError());
     EXPECT_EQ(0, NGUtils::CWin32Exception::LiveCount());
     EXPECT_EQ("(WN) kept\r\n", Contents());
+}
+
+// Out of memory, logging goes quiet instead of failing its caller: no plug-in log, a module that
+// writes nothing until its next line, a trace that writes nothing.
+TEST_F(LoggingTest, RunningOutOfMemoryQuietensTheLogAndNeverFailsTheCaller) {
+    Configure(L"", Category::Warning | Category::FunctionEntry | Category::FunctionExit, 0);
+    for (zxtest::AllocationSweep sweep; sweep.NextRun();) {
+        {
+            const auto refusal = sweep.Refuse();
+            CreatePluginLog();
+        }
+        if (PluginLog()) PluginLog()->WriteLine(nullptr, Category::Warning, nullptr, L"made");
+        DestroyPluginLog();
+    }
+
+    // The first line makes the module's shared blocks; when that fails, the next line tries again.
+    for (zxtest::AllocationSweep sweep; sweep.NextRun();) {
+        DeleteFileW(logFile.c_str());
+        CLogModule log(kModule, "Jan 18 2026", "09:30:15", 0, 30);
+        {
+            const auto refusal = sweep.Refuse();
+            log.WriteLine(nullptr, Category::Warning, nullptr, L"first");
+        }
+        log.WriteLine(nullptr, Category::Warning, nullptr, L"second");
+        EXPECT_NE(std::string::npos, Contents().find("(WN) second\r\n")) << sweep.Run();
+    }
+
+    CLogModule log(kModule, "Jan 18 2026", "09:30:15", 0, 30);
+    for (zxtest::AllocationSweep sweep; sweep.NextRun();) {
+        bool thrown = false;
+        {
+            const auto refusal = sweep.Refuse();
+            try {
+                CLogFunction trace(log, L"render.cpp", L"zx::VPrinter::Print", 10, 0, false, L"page %d", 2);
+                trace.ReturnInt(1);
+            } catch (...) {
+                thrown = true;
+            }
+        }
+        EXPECT_FALSE(thrown) << sweep.Run();
+    }
 }
 
 TEST(FileVersionInfo, ValuesComeFromTheLastTranslationThatHasThem) {
