@@ -35,6 +35,13 @@ bool RemoveFirstOccurrence(VStringBuffer& text, const wchar_t* part) {
     return true;
 }
 
+// A copy of text without the first occurrence of part; null when part does not occur.
+zx::unique_bstr WithoutFirstOccurrence(const wchar_t* text, const wchar_t* part) {
+    VStringBuffer stripped(text);
+    if (!RemoveFirstOccurrence(stripped, part)) return {};
+    return stripped.ToBstr();
+}
+
 HRESULT ParseInt32(const wchar_t* text, INT32* value) {
     ZX_RETURN_HR_IF_NULL(E_INVALIDARG, text);
     wchar_t* end = nullptr;
@@ -220,12 +227,14 @@ HRESULT VPrintTicketHandler::SelectOption(const wchar_t* namePrefix, const wchar
 
 // Only a text that has something to strip is stripped: a document without a keywords prefix, or
 // an empty option name, is read as it stands.
+// The owner keeps its text until the stripped copy exists, so a copy that runs out of memory
+// leaks nothing.
 HRESULT VPrintTicketHandler::StripKeywordPrefixIfAny(zx::unique_bstr& text) {
     if (!text || IsEmpty(KeywordsPrefix())) return S_OK;
-    BSTR owned = text.release();
-    const HRESULT hr = StripKeywordPrefix(&owned);
-    text.reset(owned);
-    return hr;
+    ZX_RETURN_HR_IF(E_INVALIDARG, ::SysStringLen(text.get()) == 0);
+    zx::unique_bstr stripped = WithoutFirstOccurrence(text.get(), KeywordsPrefix());
+    if (stripped) text = std::move(stripped);
+    return S_OK;
 }
 
 HRESULT VPrintTicketHandler::GetSelectedOption(const wchar_t* featureName, BSTR* option) {
@@ -292,11 +301,10 @@ HRESULT VPrintTicketHandler::GetScoredPropertyInt(const wchar_t* featureName, co
 HRESULT VPrintTicketHandler::StripKeywordPrefix(BSTR* text) {
     ZX_RETURN_HR_IF_NULL(E_POINTER, text);
     ZX_RETURN_HR_IF(E_INVALIDARG, ::SysStringLen(*text) == 0 || IsEmpty(KeywordsPrefix()));
-    VStringBuffer stripped(*text);
-    if (!RemoveFirstOccurrence(stripped, KeywordsPrefix())) return S_OK;
-    zx::unique_bstr replacement = stripped.ToBstr();
+    zx::unique_bstr stripped = WithoutFirstOccurrence(*text, KeywordsPrefix());
+    if (!stripped) return S_OK;
     ::SysFreeString(*text);
-    *text = replacement.release();
+    *text = stripped.release();
     return S_OK;
 }
 

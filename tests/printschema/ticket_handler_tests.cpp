@@ -2,8 +2,10 @@
 // documents, and hostile documents that must give HRESULTs.
 #include "printschema/ticket_handler.h"
 #include "tests/printschema/dom_support.h"
+#include "tests/support/failing_allocator.h"
 
 #include <gtest/gtest.h>
+#include <psapi.h>
 
 using namespace zxtest;
 
@@ -193,4 +195,32 @@ TEST(HostileTicket, DeepNestingAndMissingAttributesGiveResults) {
     EXPECT_EQ(kNotFoundOutcome, Outcome(handler.GetScoredPropertyText(L"NoRefName", L"P", option.put()), option));
     EXPECT_EQ(S_OK, handler.DeleteFeature(L"Level"));
     EXPECT_EQ(kNotFound, handler.FindFeature(L"Level"));
+}
+
+// An option name read from the ticket is freed when stripping its prefix runs out of memory.
+// Each attempt reads a name of 2 MB, so a copy kept on that path shows in the process's memory.
+TEST(TicketHandlerOutOfMemory, AFailedPrefixStripKeepsNoCopyOfTheName) {
+    const std::wstring hugeOption = L"psk:" + std::wstring(1024 * 1024, L'A');
+    auto document = LoadDocument(
+        Ticket(L"<psf:Feature name='psk:PageMediaType'><psf:Option name='" + hugeOption + L"'/></psf:Feature>"));
+    VPrintTicketHandler handler(document.Get());
+    const auto committed = [] {
+        PROCESS_MEMORY_COUNTERS counters{};
+        GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof(counters));
+        return static_cast<long long>(counters.PagefileUsage);
+    };
+    int failures = 0;
+    long long before = 0;
+    for (int attempt = 0; attempt <= 50; ++attempt) {
+        if (attempt == 1) before = committed();
+        const auto refusal = zxtest::RefusedAllocations::OfAtLeast(1024 * 1024);
+        zx::unique_bstr option;
+        try {
+            if (FAILED(handler.GetSelectedOption(L"PageMediaType", option.put()))) ++failures;
+        } catch (...) {
+            ++failures;
+        }
+    }
+    EXPECT_EQ(51, failures);
+    EXPECT_GT(20ll * 1024 * 1024, committed() - before);
 }
