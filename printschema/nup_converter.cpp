@@ -47,6 +47,8 @@ public:
         return hr;
     }
 
+    // A ticket without the N-up feature skips the N-up steps without failing, so that the
+    // converters after this one still write theirs.
     HRESULT WriteNUp(const NUpEntry& entry) {
         if (entry.featureIndex > 1 || entry.direction >= kDirectionCount) return E_INVALIDARG;
         zx::ComPtr<IXMLDOMNode> nup;
@@ -54,6 +56,8 @@ public:
         if (SUCCEEDED(hr)) {
             hr = WriteDirection(nup.Get(), entry.direction);
             if (entry.borders == 1) hr = WriteBorders(nup.Get());
+        } else if (hr == zx::kNotFound) {
+            hr = S_OK;
         }
         WritePageRanges();
         return hr;

@@ -192,6 +192,17 @@ TEST_F(ProviderTest, NUpContentIsWrittenOnlyForSeveralPagesPerSheet) {
                L"//psf:Feature[@name='ns0000:DocumentPageRanges']/psf:Feature[@name='ns0000:Stage']/psf:Option/@name"));
 }
 
+// A ticket without the job's N-up feature skips the N-up steps; the converters after it still
+// write theirs.
+TEST_F(ProviderTest, ATicketWithoutTheNUpFeatureStillGetsThePrivateFeatures) {
+    Set("DocumentNUp", "4");
+    Set("TouchByUser", "On");
+    auto ticket = LoadDocument(zxtest::Ticket(
+        L"<psf:Feature name='ns0000:JobZXApplicationTracking'><psf:Option name='ns0000:Old'/></psf:Feature>"));
+    EXPECT_EQ(S_OK, ToTicket(ticket.Get()));
+    EXPECT_EQ(L"ns0000:Unknown", OptionOf(ticket.Get(), L"ns0000:JobZXApplicationTracking"));
+}
+
 TEST_F(ProviderTest, WritesTheJobsPrivateFeaturesFromTheDevMode) {
     Set("PaperSize", "A4");
     Set("DuplexUnit", "FALSE");  // no two-sided unit: two-sided printing by hand
