@@ -1,6 +1,7 @@
 #include "tests/device/fake_spooler.h"
 
 #include <cstring>
+#include <new>
 
 namespace zxtest {
 namespace {
@@ -78,6 +79,8 @@ BOOL WINAPI FakeGetPrinterDriver(HANDLE handle, LPWSTR, DWORD level, LPBYTE buff
 
 DWORD WINAPI FakeGetPrinterData(HANDLE handle, LPWSTR name, LPDWORD type, LPBYTE buffer, DWORD size, LPDWORD needed) {
     if (!IsPrinter(handle)) return ERROR_INVALID_HANDLE;
+    ++Spooler().dataReads;
+    if (Spooler().readsRunOutOfMemory) throw std::bad_alloc();
     const auto found = Spooler().data.find(name);
     if (found == Spooler().data.end()) return ERROR_FILE_NOT_FOUND;
     const StoredValue& value = found->second;

@@ -52,6 +52,7 @@ public:
     std::wstring driverPath = L"C:\\drivers\\zxcoresim.dll";
     std::map<std::wstring, StoredValue, CaseInsensitiveLess> data;  // under "PrinterDriverData"
     bool refuseAllWrites = false;
+    bool readsRunOutOfMemory = false;  // reading driver data throws std::bad_alloc
     // A handle as a caller without the right to change the printer holds it.
     HANDLE OpenRestricted();
 
@@ -61,6 +62,7 @@ public:
 
     // What the code did.
     std::vector<std::wstring> openedNames;
+    int dataReads = 0;
     std::vector<std::wstring> refusedWrites;
     std::vector<DWORD> xcvOutputSizes;
     std::vector<std::wstring> xcvPortNames;  // what the caller put in the output's port-name field

@@ -5,9 +5,12 @@
 #include "drvhost/print_schema.h"
 #include "drvhost/printer_install.h"
 #include "printschema/bidi_converter.h"
+#include "device/udm_client.h"
 #include "printschema/print_schema_names.h"
+#include "printschema/ticket_provider.h"
 #include "settings/private_devmode.h"
 #include "tests/printschema/dom_support.h"
+#include "tests/support/failing_allocator.h"
 #include "tests/support/fake_core_helper.h"
 #include "tests/support/plugin_module.h"
 
@@ -328,4 +331,47 @@ TEST(ProviderInput, DevModeHeadersClaimingMoreThanTheHostPassedAreNotBelieved) {
     EXPECT_LT(3u, helper.askedDevModeSizes.size());
     EXPECT_EQ(size, helper.largestDevModeSize);
     provider.Reset();
+}
+
+// Out of memory anywhere in a conversion, the provider answers with an HRESULT, and the next
+// conversion is as if nothing had happened: the same ticket, each converter attached once.
+TEST(ProviderOutOfMemory, AConversionThatRunsOutOfMemoryLeavesTheNextOneAsBefore) {
+    CoreDriver core{LoadPrinterDescription(ProgramDirectory() + kDescriptionFile)};
+    JobDevMode job{core.Description(), kPrivateSize, L"ZX"};
+    zx::WritePrivateDevModeHeader(static_cast<VPrivateDevMode*>(job.PluginBlock()));
+    const std::wstring base = BuildPrintTicket(
+        core.Description(), [&job](size_t f) { return job.Selection(f); }, PrintSchema::Uri::Device);
+    const auto newProvider = [&core] {
+        zx::ComPtr<VPrintTicketProvider> provider;
+        *provider.GetAddressOf() = new VPrintTicketProvider();
+        OEMPTOPTS options;
+        INT count = 0;
+        BSTR* namespaces = nullptr;
+        provider->BindPrinter(reinterpret_cast<HANDLE>(1), 1, &options, &count, &namespaces);
+        SysFreeString(namespaces[0]);
+        CoTaskMemFree(namespaces);
+        provider->PublishPrintTicketHelper(core.CoreHelper());
+        return provider;
+    };
+    const auto convert = [&job](VPrintTicketProvider& provider, IXMLDOMDocument2* ticket) {
+        return provider.ConvertDevModeToPrintTicket(job.TotalSize(), job.Public(), kPrivateSize, job.PluginBlock(),
+                                                    ticket);
+    };
+    auto reference = LoadDocument(base);
+    ASSERT_EQ(S_OK, convert(*newProvider().Get(), reference.Get()));
+
+    for (zxtest::AllocationSweep sweep; sweep.NextRun();) {
+        auto provider = newProvider();
+        auto ticket = LoadDocument(base);
+        HRESULT hr = E_UNEXPECTED;
+        {
+            const auto refusal = sweep.Refuse();
+            hr = convert(*provider.Get(), ticket.Get());
+        }
+        EXPECT_TRUE(hr == S_OK || hr == E_OUTOFMEMORY || hr == E_FAIL) << sweep.Run() << " " << std::hex << hr;
+        auto next = LoadDocument(base);
+        EXPECT_EQ(S_OK, convert(*provider.Get(), next.Get())) << sweep.Run();
+        EXPECT_EQ(zxtest::XmlOf(reference.Get()), zxtest::XmlOf(next.Get())) << sweep.Run();
+        EXPECT_EQ(4u, provider->DeviceClient()->ObserverCount()) << sweep.Run();
+    }
 }
