@@ -1,10 +1,9 @@
 #include "printschema/booklet_converter.h"
 
 #include "printschema/devmode_options.h"
+#include "printschema/option_names.h"
 #include "printschema/ticket_handler.h"
 #include "settings/feature_keywords.h"
-
-#include <oleauto.h>
 
 namespace {
 
@@ -47,11 +46,8 @@ public:
 
 private:
     static DWORD BindingIndexOf(BSTR option) {
-        for (DWORD index = 0; index < kBindingOptionCount; ++index) {
-            const zx::unique_bstr name = zx::MakeBstr(kBindingNames[index]);
-            if (::VarBstrCmp(option, name.get(), LOCALE_USER_DEFAULT, 0) == VARCMP_EQ) return index;
-        }
-        return kBindingNone;
+        const size_t position = PositionOfOptionName(option, kBindingNames);
+        return position < kBindingOptionCount ? static_cast<DWORD>(position) : kBindingNone;
     }
 };
 

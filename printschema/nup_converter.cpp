@@ -1,6 +1,7 @@
 #include "printschema/nup_converter.h"
 
 #include "printschema/devmode_options.h"
+#include "printschema/option_names.h"
 #include "printschema/print_schema_names.h"
 #include "printschema/ticket_writer.h"
 #include "settings/feature_keywords.h"
@@ -39,9 +40,9 @@ public:
             if (FAILED(hr) || pages <= 1) continue;
             entry.featureIndex = feature;
             entry.pagesPerSheet = static_cast<DWORD>(pages);
-            for (DWORD index = 0; index < kDirectionCount; ++index) {
-                if (direction && std::wcscmp(direction.get(), kDirectionNames[index]) == 0) entry.direction = index;
-            }
+            const size_t position =
+                direction ? PositionOfOptionName(direction.get(), kDirectionNames) : kDirectionCount;
+            if (position < kDirectionCount) entry.direction = static_cast<DWORD>(position);
             return S_OK;
         }
         return hr;

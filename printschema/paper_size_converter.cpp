@@ -118,12 +118,15 @@ private:
         }
     }
 
-    // Draft quality prints at 300 dpi.
+    // Draft quality prints at 300 dpi: a ticket's resolution is replaced by ns0000:_300x300.
     void WriteDraftResolution(const DevModeContext& context) {
         PCSTR quality = nullptr;
-        zx::ComPtr<IXMLDOMElement> option;
+        zx::ComPtr<IXMLDOMElement> feature, option;
         if (FAILED(context.Option(Feature::PageOutputQuality, &quality)) || !Equals(quality, Option::Draft) ||
-            FAILED(ReplaceStandardFeature(L"PageResolution", L"_300x300", Private, &option))) {
+            FAILED(FindFeature(L"PageResolution")) ||
+            FAILED(CreatePrefixedFeatureOption(L"PageResolution", L"_300x300", &feature, &option, KeywordsPrefix(),
+                                               Private)) ||
+            FAILED(ReplaceFeatures(KeywordsPrefix(), L"PageResolution", feature.Get()))) {
             return;
         }
         for (const wchar_t* axis : {L"ResolutionX", L"ResolutionY"}) {

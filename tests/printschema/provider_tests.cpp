@@ -10,6 +10,7 @@
 #include "printschema/ticket_provider.h"
 #include "settings/private_devmode.h"
 #include "tests/printschema/dom_support.h"
+#include "tests/support/debugger_output.h"
 #include "tests/support/failing_allocator.h"
 #include "tests/support/fake_core_helper.h"
 #include "tests/support/plugin_module.h"
@@ -211,7 +212,11 @@ TEST_F(ProviderTest, WritesTheJobsPrivateFeaturesFromTheDevMode) {
     Set("DuplexUnit", "FALSE");  // no two-sided unit: two-sided printing by hand
     Set("PageOutputQuality", "Draft");
     auto ticket = BaseTicket();
+    const zxtest::DebuggerOutput debugger;
     ASSERT_EQ(S_OK, ToTicket(ticket.Get()));
+    // Application tracking, two-sided printing by hand, the draft resolution, then the two memories.
+    const std::string made = "appendChild succeeded..\n", appended = "Element appended successfully...";
+    EXPECT_EQ(made + appended + made + appended + made + made + made, debugger.Text());
 
     EXPECT_EQ(L"ns0000:Unknown", OptionOf(ticket.Get(), L"ns0000:JobZXApplicationTracking"));
     EXPECT_EQ(L"ns0000:ON", OptionOf(ticket.Get(), L"ns0000:JobZXPrintOnBothSidesManually"));
