@@ -6,6 +6,7 @@
 #include "util/result.h"
 
 #include <cwchar>
+#include <utility>
 
 using namespace PrintSchema;
 
@@ -32,14 +33,15 @@ bool EqualTexts(BSTR first, BSTR second) noexcept {
     return ::VarBstrCmp(first, second, kUserDefaultLocale, 0) == static_cast<HRESULT>(VARCMP_EQ);
 }
 
-// Whether the attribute at index holds uri; its name comes back in name. An attribute that cannot
-// be read counts as no match: Wine's MSXML fails on the default namespace declaration.
-bool AttributeHolds(IXMLDOMNamedNodeMap* attributes, long index, BSTR uri, zx::unique_bstr& name) {
+// The value and name of the attribute at index; false when they cannot be read, which counts as
+// no match: Wine's MSXML fails on the default namespace declaration.
+bool ReadAttribute(IXMLDOMNamedNodeMap* attributes, long index, zx::unique_bstr& value, zx::unique_bstr& name) {
     zx::ComPtr<IXMLDOMNode> attribute;
     if (attributes->get_item(index, &attribute) != S_OK || !attribute) return false;
-    zx::unique_variant value;
-    if (FAILED(attribute->get_nodeValue(value.put())) || value.type() != VT_BSTR) return false;
-    if (!EqualTexts(V_BSTR(value.get()), uri)) return false;
+    zx::unique_variant text;
+    if (FAILED(attribute->get_nodeValue(text.put())) || text.type() != VT_BSTR) return false;
+    value.reset(std::exchange(text.get()->bstrVal, nullptr));
+    text.get()->vt = VT_EMPTY;
     return SUCCEEDED(attribute->get_nodeName(name.put())) && name;
 }
 
@@ -77,6 +79,14 @@ HRESULT VPrintSchemaHandler::BindPrefixes() {
     namespaces.AppendFormat(Vocabulary::NamespaceDeclaration, Vocabulary::FrameworkPrefix, Uri::Framework);
     ZX_RETURN_IF_FAILED(SetDocumentProperty(Vocabulary::SelectionNamespaces, namespaces.c_str()));
 
+    ZX_RETURN_IF_FAILED(ReadRootPrefixes());
+    m_privatePrefix = zx::MakeBstr(Prefix::Private);
+    return BindDocumentFrameworkPrefix();
+}
+
+// The four prefixes from one walk over the root's attributes, with the outcome of asking
+// GetNamespacePrefix for each in turn: the first failure ends the lookups.
+HRESULT VPrintSchemaHandler::ReadRootPrefixes() {
     static constexpr struct {
         const wchar_t* uri;
         zx::unique_bstr VPrintSchemaHandler::*prefix;
@@ -86,11 +96,39 @@ HRESULT VPrintSchemaHandler::BindPrefixes() {
         {Uri::SchemaInstance, &VPrintSchemaHandler::m_schemaInstancePrefix},
         {Uri::Schema, &VPrintSchemaHandler::m_schemaPrefix},
     };
-    for (const auto& lookup : kLookups)
-        ZX_RETURN_IF_FAILED(GetNamespacePrefix(lookup.uri, (this->*lookup.prefix).put()));
+    std::vector<RootAttribute> attributes;
+    const HRESULT hr = ReadRootAttributes(attributes);
+    if (hr != S_OK) return FAILED(hr) ? hr : S_OK;  // no root: every prefix stays empty
+    for (const auto& lookup : kLookups) {
+        ZX_RETURN_IF_FAILED(PrefixAmong(attributes, lookup.uri, (this->*lookup.prefix).put()));
+    }
+    return S_OK;
+}
 
-    m_privatePrefix = zx::MakeBstr(Prefix::Private);
-    return BindDocumentFrameworkPrefix();
+// Every attribute of the root that can be read: its value and its name.
+HRESULT VPrintSchemaHandler::ReadRootAttributes(std::vector<RootAttribute>& found) {
+    zx::ComPtr<IXMLDOMNode> root;
+    const HRESULT hr = FindRootElement(&root);
+    if (hr != S_OK) return hr;
+    zx::ComPtr<IXMLDOMNamedNodeMap> attributes;
+    ZX_RETURN_IF_FAILED(root->get_attributes(&attributes));
+    ZX_RETURN_HR_IF(S_FALSE, !attributes);
+    long count = 0;
+    ZX_RETURN_IF_FAILED(attributes->get_length(&count));
+    for (long index = 0; index < count; ++index) {
+        RootAttribute attribute;
+        if (ReadAttribute(attributes.Get(), index, attribute.value, attribute.name)) found.push_back(std::move(attribute));
+    }
+    return S_OK;
+}
+
+HRESULT VPrintSchemaHandler::PrefixAmong(const std::vector<RootAttribute>& attributes, const wchar_t* namespaceUri,
+                                         BSTR* prefix) {
+    const zx::unique_bstr uri = zx::MakeBstr(namespaceUri);
+    for (const RootAttribute& attribute : attributes) {
+        if (EqualTexts(attribute.value.get(), uri.get())) return PrefixFromDeclaration(attribute.name.get(), prefix);
+    }
+    return S_FALSE;
 }
 
 HRESULT VPrintSchemaHandler::SetDocumentProperty(const wchar_t* name, const wchar_t* value) {
@@ -130,21 +168,10 @@ HRESULT VPrintSchemaHandler::FindRootElement(IXMLDOMNode** root) {
 HRESULT VPrintSchemaHandler::GetNamespacePrefix(const wchar_t* namespaceUri, BSTR* prefix) {
     ZX_RETURN_HR_IF_NULL(E_POINTER, prefix);
     ZX_RETURN_HR_IF(E_INVALIDARG, IsEmpty(namespaceUri));
-    zx::ComPtr<IXMLDOMNode> root;
-    const HRESULT hr = FindRootElement(&root);
+    std::vector<RootAttribute> attributes;
+    const HRESULT hr = ReadRootAttributes(attributes);
     if (hr != S_OK) return hr;
-
-    zx::ComPtr<IXMLDOMNamedNodeMap> attributes;
-    ZX_RETURN_IF_FAILED(root->get_attributes(&attributes));
-    ZX_RETURN_HR_IF(S_FALSE, !attributes);
-    long count = 0;
-    ZX_RETURN_IF_FAILED(attributes->get_length(&count));
-    const zx::unique_bstr uri = zx::MakeBstr(namespaceUri);
-    for (long index = 0; index < count; ++index) {
-        zx::unique_bstr name;
-        if (AttributeHolds(attributes.Get(), index, uri.get(), name)) return PrefixFromDeclaration(name.get(), prefix);
-    }
-    return S_FALSE;
+    return PrefixAmong(attributes, namespaceUri, prefix);
 }
 
 HRESULT VPrintSchemaHandler::SelectSingleNode(const wchar_t* query, IXMLDOMNode** node) {

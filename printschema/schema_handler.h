@@ -16,6 +16,8 @@
 #include <msxml2.h>
 #include <sal.h>
 
+#include <vector>
+
 class VPrintSchemaHandler {
 public:
     virtual ~VPrintSchemaHandler() = default;
@@ -103,7 +105,16 @@ protected:
     static HRESULT TypedValueText(IXMLDOMNode* node, BSTR* text);
 
 private:
+    struct RootAttribute {
+        zx::unique_bstr value;
+        zx::unique_bstr name;
+    };
+
     HRESULT BindPrefixes();
+    HRESULT ReadRootPrefixes();
+    HRESULT ReadRootAttributes(std::vector<RootAttribute>& attributes);
+    static HRESULT PrefixAmong(const std::vector<RootAttribute>& attributes, const wchar_t* namespaceUri,
+                               BSTR* prefix);
     HRESULT SetDocumentProperty(const wchar_t* name, const wchar_t* value);
     HRESULT BindDocumentFrameworkPrefix();
     HRESULT FindRootElement(IXMLDOMNode** root);
