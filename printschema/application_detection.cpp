@@ -9,6 +9,7 @@
 #include <array>
 #include <cwchar>
 #include <iterator>
+#include <optional>
 #include <vector>
 
 using namespace PrintSchema;
@@ -157,11 +158,17 @@ void ReadFileDescription(const wchar_t* path, VStringBuffer& name) {
     }
 }
 
+// The process the spooler says the print host serves now; 0 when it does not say.
+DWORD SpoolerClient() {
+    PrintExecutionData execution{};
+    return CurrentProcessInspection().getPrintExecutionData(&execution) ? execution.clientProcessId : 0;
+}
+
 void NameSpoolerClient(VStringBuffer& name) {
     const ProcessInspection& inspect = CurrentProcessInspection();
-    PrintExecutionData execution{};
-    if (!inspect.getPrintExecutionData(&execution) || execution.clientProcessId == 0) return;
-    const InspectedProcess client(inspect.openProcess(kAllAccess, FALSE, execution.clientProcessId));
+    const DWORD clientId = SpoolerClient();
+    if (clientId == 0) return;
+    const InspectedProcess client(inspect.openProcess(kAllAccess, FALSE, clientId));
     if (client.get() == nullptr) return;
     PathBuffer path{};
     if (ReadModulePath(client.get(), nullptr, path)) ReadFileDescription(path.data(), name);
@@ -216,6 +223,39 @@ void ApplyRenames(VStringBuffer& name) {
     }
 }
 
+// What the process learnt about the printing application, for the inspection table of its
+// generation.
+struct KnownApplication {
+    bool known = false;
+    unsigned generation = 0;
+    bool servesClients = false;  // the print host of 32-bit applications
+    DWORD client = 0;            // the client the name belongs to, when it serves clients
+    std::wstring name;
+};
+SRWLOCK g_knownLock = SRWLOCK_INIT;
+KnownApplication g_known;
+
+std::optional<std::wstring> KnownName(unsigned generation) {
+    ::AcquireSRWLockShared(&g_knownLock);
+    const KnownApplication known = g_known;
+    ::ReleaseSRWLockShared(&g_knownLock);
+    if (!known.known || known.generation != generation) return std::nullopt;
+    if (known.servesClients && SpoolerClient() != known.client) return std::nullopt;
+    return known.name;
+}
+
+void Remember(const KnownApplication& application) {
+    ::AcquireSRWLockExclusive(&g_knownLock);
+    g_known = application;
+    ::ReleaseSRWLockExclusive(&g_knownLock);
+}
+
+bool ServesSpoolerClients() {
+    PathBuffer path{};
+    const HostRule* host = ReadOwnPath(path) ? FindHostRule(path) : nullptr;
+    return host != nullptr && host->evidence == Evidence::SpoolerClient;
+}
+
 // The replacement is built before the old feature is removed, so that a failure to build it
 // leaves the ticket as it was.
 HRESULT WriteApplicationTracking(VPrintTicketHandler& ticket, const wchar_t* application) {
@@ -264,11 +304,20 @@ void MakeOptionName(VStringBuffer& name) {
     SetName(name, valid.c_str(), valid.size());
 }
 
+std::wstring PrintingApplicationName() {
+    const unsigned generation = ProcessInspectionGeneration();
+    if (std::optional<std::wstring> known = KnownName(generation)) return *known;
+    KnownApplication application{true, generation, ServesSpoolerClients(), 0, {}};
+    if (application.servesClients) application.client = SpoolerClient();
+    application.name = DetectPrintingApplication().c_str();
+    Remember(application);
+    return application.name;
+}
+
 void RecordPrintingApplication(VPrintTicketHandler& ticket) noexcept {
     zx::CatchAll([&] {
         ZX_RETURN_IF_FAILED(
             ticket.FindPrefixedFeature(PrivateFeature::JobZXApplicationTracking, Prefix::Framework, Prefix::Private));
-        const VStringBuffer application = DetectPrintingApplication();
-        return WriteApplicationTracking(ticket, application.c_str());
+        return WriteApplicationTracking(ticket, PrintingApplicationName().c_str());
     });
 }

@@ -4,6 +4,8 @@
 
 #include "printschema/string_buffer.h"
 
+#include <string>
+
 class VPrintTicketHandler;
 
 // The longest application name recorded; longer file descriptions are cut.
@@ -15,6 +17,11 @@ inline constexpr size_t kMaxApplicationName = 259;
 // valid option name (MakeOptionName). Throws VUtilException or std::bad_alloc only when memory
 // runs out.
 VStringBuffer DetectPrintingApplication();
+
+// The same name, found once per process and kept: a process runs one program. Only the print host
+// of 32-bit applications serves several, one job at a time, so there the name is found again
+// whenever the spooler names another client. Replacing the inspection table forgets the name.
+std::wstring PrintingApplicationName();
 
 // Makes an application name the local part of a valid XML name, which the option's name must be
 // for the host to accept the ticket: spaces and every other character that an XML name cannot

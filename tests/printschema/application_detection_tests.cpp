@@ -62,7 +62,7 @@ const ProcessInspection kStandIn = {
         return TRUE;
     },
     [](HANDLE process, HMODULE module, LPWSTR path, DWORD capacity) {
-        if (process == kClientHandle && module == nullptr) return CopyPath(g_host.clientExecutable, path, capacity);
+        if (process != nullptr && module == nullptr) return CopyPath(g_host.clientExecutable, path, capacity);
         return CopyPath(g_host.modules.at(reinterpret_cast<size_t>(module) - 1), path, capacity);
     },
     []() { return g_host.commandLine.data(); },
@@ -165,6 +165,29 @@ TEST_F(ApplicationDetection, KnownHostsAreRecognisedByModulesOrCommandLine) {
     EXPECT_EQ(L"Unknown", Detected(Beside(L"hosts\\rundll32.exe")));
     g_host.commandLine = L"rundll32.exe C:\\Windows\\System32\\shimgvw.dll,ImageView_PrintTo";
     EXPECT_EQ(L"Microsoft_Windows_Fax_and_Scan", Detected(Beside(L"hosts\\rundll32.exe")));
+}
+
+// A process runs one program: its name is found once. The print host of 32-bit applications
+// serves one client after another, so its name follows the client the spooler names.
+TEST_F(ApplicationDetection, TheNameIsFoundOncePerProcessOrOncePerClientOfThePrintHost) {
+    g_host.executable = Beside(L"zx_report_tool.exe");
+    EXPECT_EQ(L"My_Report_Tool", PrintingApplicationName());
+    const int pathReads = g_host.pathReads;
+    g_host.executable = Beside(L"zx_print_server.exe");
+    EXPECT_EQ(L"My_Report_Tool", PrintingApplicationName());
+    EXPECT_EQ(pathReads, g_host.pathReads);
+    ReplaceProcessInspection(kStandIn);  // a new table forgets what the old one told
+    EXPECT_EQ(L"WordPerfect", PrintingApplicationName());
+
+    ReplaceProcessInspection(kStandIn);
+    g_host.executable = L"C:\\Windows\\splwow64.exe";
+    g_host.clientExecutable = Beside(L"zx_report_tool.exe");
+    EXPECT_EQ(L"My_Report_Tool", PrintingApplicationName());
+    EXPECT_EQ(L"My_Report_Tool", PrintingApplicationName());
+    EXPECT_EQ(1u, g_host.opened.size());
+    g_host.clientId = kClientId + 1;
+    g_host.clientExecutable = Beside(L"zx_two_translations.exe");
+    EXPECT_EQ(L"Deutsche_Ausgabe", PrintingApplicationName());
 }
 
 TEST_F(ApplicationDetection, OnlyTheFirst260ModulesAreLookedAt) {
