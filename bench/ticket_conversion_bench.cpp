@@ -33,6 +33,7 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -209,34 +210,44 @@ public:
         steps.push_back({prefix + "binding", nullptr, [this] { Bind(); }});
         steps.push_back({prefix + "notification", nullptr, [this] { m_client.Notify(); }});
         steps.push_back({prefix + "device_query", nullptr, [this] { m_client.GetData(); }});
-        steps.push_back({prefix + "application_detection", nullptr, [] { DetectPrintingApplication(); }});
-        steps.push_back({prefix + "ticket_handler", [this] { m_ticket = ParseXml(m_printer.baseTicket); },
-                         [this] { VPrintTicketHandler handler(m_ticket.Get()); }});
+        steps.push_back({prefix + "application_detection", nullptr, [] { PrintingApplicationName(); }});
+        steps.push_back({prefix + "ticket_handler", [this] { Load(m_printer.baseTicket); },
+                         [this] { m_document->Ticket(); }});
+        steps.push_back({prefix + "capabilities_handler", [this] { Load(m_printer.capabilities); },
+                         [this] { m_document->Capabilities(); }});
         JobDevMode& job = *m_printer.job;
+        // Each converter on a document whose handler is made: the provider makes it once per call.
         for (auto& [name, converter] : m_converters) {
             IFeatureDMPTConvert* each = converter.get();
             steps.push_back({prefix + name + ".devmode_to_printticket",
                              [this] {
-                                 m_ticket = ParseXml(m_printer.baseTicket);
+                                 Load(m_printer.baseTicket).Ticket();
                                  m_client.Notify();
                              },
                              [each, &job, this] {
                                  each->ConvertDevModeToPrintTicket(job.TotalSize(), job.Public(), job.PluginBlockSize(),
-                                                                   job.PluginBlock(), m_ticket.Get());
+                                                                   job.PluginBlock(), *m_document);
                              }});
             steps.push_back({prefix + name + ".printticket_to_devmode",
-                             [this] { m_ticket = ParseXml(m_printer.convertedTicket); },
+                             [this] { Load(m_printer.convertedTicket).Ticket(); },
                              [each, &job, this] {
-                                 each->ConvertPrintTicketToDevMode(m_ticket.Get(), job.TotalSize(), job.Public(),
+                                 each->ConvertPrintTicketToDevMode(*m_document, job.TotalSize(), job.Public(),
                                                                    job.PluginBlockSize(), job.PluginBlock());
                              }});
             steps.push_back({prefix + name + ".complete_printcapabilities",
-                             [this] { m_capabilities = ParseXml(m_printer.capabilities); },
-                             [each, this] { each->CompletePrintCapabilities(nullptr, m_capabilities.Get()); }});
+                             [this] { Load(m_printer.capabilities).Capabilities(); },
+                             [each, this] { each->CompletePrintCapabilities(nullptr, *m_document); }});
         }
     }
 
 private:
+    VConversionDocument& Load(const std::wstring& text) {
+        m_document.reset();
+        m_xml = ParseXml(text);
+        m_document.emplace(m_xml.Get());
+        return *m_document;
+    }
+
     void Bind() {
         zx::ComPtr<VPrintTicketProvider> provider;
         *provider.GetAddressOf() = new VPrintTicketProvider();
@@ -252,7 +263,8 @@ private:
     IPrintCoreHelperUni* m_helper;
     VUDMClient m_client;
     std::vector<std::pair<std::string, std::unique_ptr<IFeatureDMPTConvert>>> m_converters;
-    ComPtr<IXMLDOMDocument2> m_ticket, m_capabilities;
+    ComPtr<IXMLDOMDocument2> m_xml;
+    std::optional<VConversionDocument> m_document;
 };
 
 void PrintRatios(const std::vector<Step>& steps, const Printer& printer) {

@@ -104,9 +104,9 @@ STDMETHODIMP VPrintTicketProvider::ConvertPrintTicketToDevMode(IXMLDOMDocument2*
                                                                PVOID pPrivateDevmode) {
     const HRESULT checks =
         zx::CheckConversionArguments(pDevmode, pPrivateDevmode, pPrintTicket, cbDevmode, cbDrvPrivateSize);
+    VConversionDocument ticket(pPrintTicket);
     return ForEachConverter(checks, [&](IFeatureDMPTConvert& converter) {
-        return converter.ConvertPrintTicketToDevMode(pPrintTicket, cbDevmode, pDevmode, cbDrvPrivateSize,
-                                                     pPrivateDevmode);
+        return converter.ConvertPrintTicketToDevMode(ticket, cbDevmode, pDevmode, cbDrvPrivateSize, pPrivateDevmode);
     });
 }
 
@@ -135,17 +135,18 @@ STDMETHODIMP VPrintTicketProvider::ConvertDevModeToPrintTicket(ULONG cbDevmode, 
         zx::CheckConversionArguments(pDevmode, pPrivateDevmode, pPrintTicket, cbDevmode, cbDrvPrivateSize);
     if (FAILED(checks)) return checks;
     NotifyConverters();
+    VConversionDocument ticket(pPrintTicket);
     return ForEachConverter(S_OK, [&](IFeatureDMPTConvert& converter) {
-        return converter.ConvertDevModeToPrintTicket(cbDevmode, pDevmode, cbDrvPrivateSize, pPrivateDevmode,
-                                                     pPrintTicket);
+        return converter.ConvertDevModeToPrintTicket(cbDevmode, pDevmode, cbDrvPrivateSize, pPrivateDevmode, ticket);
     });
 }
 
 STDMETHODIMP VPrintTicketProvider::CompletePrintCapabilities(IXMLDOMDocument2* pPrintTicket,
                                                              IXMLDOMDocument2* pCapabilities) {
     if (pCapabilities == nullptr) return E_POINTER;
+    VConversionDocument capabilities(pCapabilities);
     return ForEachConverter(S_OK, [&](IFeatureDMPTConvert& converter) {
-        return converter.CompletePrintCapabilities(pPrintTicket, pCapabilities);
+        return converter.CompletePrintCapabilities(pPrintTicket, capabilities);
     });
 }
 

@@ -298,8 +298,9 @@ TEST(BidiConverter, WritesWhatTheDeviceReports) {
         if (device) converter.Update(device);
         DEVMODEW devMode{};
         VPrivateDevMode block{};
-        EXPECT_EQ(S_OK, converter.ConvertDevModeToPrintTicket(sizeof(devMode), &devMode, sizeof(block), &block,
-                                                              ticket.Get()));
+        VConversionDocument document(ticket.Get());
+        EXPECT_EQ(S_OK,
+                  converter.ConvertDevModeToPrintTicket(sizeof(devMode), &devMode, sizeof(block), &block, document));
         return ticket;
     };
     auto monochrome = convert(&mono);
