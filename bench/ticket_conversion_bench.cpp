@@ -211,6 +211,8 @@ public:
         steps.push_back({prefix + "notification", nullptr, [this] { m_client.Notify(); }});
         steps.push_back({prefix + "device_query", nullptr, [this] { m_client.GetData(); }});
         steps.push_back({prefix + "application_detection", nullptr, [] { PrintingApplicationName(); }});
+        // What each line a conversion writes to the debugger costs.
+        steps.push_back({prefix + "debugger_line", nullptr, [] { ::OutputDebugStringW(L"appendChild succeeded..\n"); }});
         steps.push_back({prefix + "ticket_handler", [this] { Load(m_printer.baseTicket); },
                          [this] { m_document->Ticket(); }});
         steps.push_back({prefix + "capabilities_handler", [this] { Load(m_printer.capabilities); },

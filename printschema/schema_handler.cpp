@@ -181,11 +181,22 @@ HRESULT VPrintSchemaHandler::SelectSingleNode(const wchar_t* query, IXMLDOMNode*
     return SUCCEEDED(hr) && *node == nullptr ? S_FALSE : hr;
 }
 
+// The first child element of the framework namespace with that local name, as the query
+// framework prefix + localName selects it from parent; S_FALSE when there is none.
 HRESULT VPrintSchemaHandler::SelectChild(IXMLDOMNode* parent, const wchar_t* localName, IXMLDOMNode** child) {
     *child = nullptr;
-    const zx::unique_bstr query = Join(FrameworkPrefix(), localName);
-    const HRESULT hr = parent->selectSingleNode(query.get(), child);
-    return SUCCEEDED(hr) && *child == nullptr ? S_FALSE : hr;
+    zx::ComPtr<IXMLDOMNode> node;
+    ZX_RETURN_IF_FAILED(parent->get_firstChild(&node));
+    while (node) {
+        if (IsFrameworkElement(node.Get(), localName)) {
+            *child = node.Detach();
+            return S_OK;
+        }
+        zx::ComPtr<IXMLDOMNode> next;
+        ZX_RETURN_IF_FAILED(node->get_nextSibling(&next));
+        node = next;
+    }
+    return S_FALSE;
 }
 
 HRESULT VPrintSchemaHandler::SelectNodes(const wchar_t* elementName, IXMLDOMNodeList** nodes) {
@@ -227,6 +238,8 @@ HRESULT VPrintSchemaHandler::CreateAttribute(IXMLDOMElement* element, const wcha
     zx::unique_variant text;
     SetText(text, value);
     ZX_RETURN_IF_FAILED(attribute->put_value(*text));
+    zx::ComPtr<IXMLDOMNode> parent;
+    if (SUCCEEDED(element->get_parentNode(&parent)) && parent) m_features.Invalidate();  // not a new element
     zx::ComPtr<IXMLDOMAttribute> replaced;
     return element->setAttributeNode(attribute.Get(), &replaced);
 }
@@ -256,10 +269,18 @@ HRESULT VPrintSchemaHandler::SetAttributeText(IXMLDOMNode* node, const wchar_t* 
     const HRESULT hr = FindAttribute(node, attributeName, &attribute);
     if (hr != S_OK) return hr;
     const zx::unique_bstr value = zx::MakeBstr(text);
+    if (std::wcscmp(attributeName, Vocabulary::Name) == 0 && IsFrameworkElement(node, Vocabulary::Feature)) {
+        m_features.Invalidate();  // a feature renamed
+    }
     return attribute->put_text(value.get());
 }
 
 HRESULT VPrintSchemaHandler::RemoveNode(IXMLDOMNode* node) {
+    m_features.Invalidate();
+    return DetachNode(node);
+}
+
+HRESULT VPrintSchemaHandler::DetachNode(IXMLDOMNode* node) {
     ZX_RETURN_HR_IF_NULL(E_INVALIDARG, node);
     zx::ComPtr<IXMLDOMNode> parent;
     ZX_RETURN_IF_FAILED(node->get_parentNode(&parent));
@@ -280,15 +301,21 @@ HRESULT VPrintSchemaHandler::TypedValueText(IXMLDOMNode* node, BSTR* text) {
 HRESULT VPrintSchemaHandler::GetValueText(const wchar_t* query, BSTR* text) {
     ZX_RETURN_IF_FAILED(ResetOutRequireName(text, query));
     zx::ComPtr<IXMLDOMNode> property;
-    HRESULT hr = SelectSingleNode(query, &property);
+    const HRESULT hr = SelectSingleNode(query, &property);
     if (hr != S_OK) return NotFoundIfNothing(hr);
+    return GetPropertyValueText(property.Get(), text);
+}
 
+HRESULT VPrintSchemaHandler::GetPropertyValueText(IXMLDOMNode* property, BSTR* text) {
+    ZX_RETURN_HR_IF_NULL(E_POINTER, text);
+    *text = nullptr;
+    ZX_RETURN_HR_IF_NULL(E_INVALIDARG, property);
     zx::ComPtr<IXMLDOMNode> value;
-    hr = SelectChild(property.Get(), Vocabulary::Value, &value);
+    HRESULT hr = SelectChild(property, Vocabulary::Value, &value);
     if (hr != S_FALSE) return SUCCEEDED(hr) ? TypedValueText(value.Get(), text) : hr;
 
     zx::ComPtr<IXMLDOMNode> reference;
-    hr = SelectChild(property.Get(), Vocabulary::ParameterRef, &reference);
+    hr = SelectChild(property, Vocabulary::ParameterRef, &reference);
     if (hr != S_OK) return NotFoundIfNothing(hr);
     zx::unique_bstr parameterName;
     hr = GetAttributeText(reference.Get(), Vocabulary::Name, parameterName.put());
@@ -406,6 +433,8 @@ HRESULT VPrintSchemaHandler::WrapInPrefixedScoredProperty(const wchar_t* name, I
     ZX_RETURN_HR_IF_NULL(E_INVALIDARG, child);
     zx::ComPtr<IXMLDOMElement> wrapper;
     ZX_RETURN_IF_FAILED(CreatePrefixedScoredProperty(name, &wrapper, namePrefix));
+    zx::ComPtr<IXMLDOMNode> parent;
+    if (SUCCEEDED(child->get_parentNode(&parent)) && parent) m_features.Invalidate();  // moved out of the document
     zx::ComPtr<IXMLDOMNode> appended;
     ZX_RETURN_IF_FAILED(wrapper->appendChild(child, &appended));
     *property = wrapper.Detach();
