@@ -156,7 +156,14 @@ HRESULT VPrintSchemaHandler::BindDocumentFrameworkPrefix() {
     return SetDocumentProperty(Vocabulary::SelectionNamespaces, namespaces.c_str());
 }
 
+// The first element of that name in document order: the document element when it is one, which
+// spares the query.
 HRESULT VPrintSchemaHandler::FindRootElement(IXMLDOMNode** root) {
+    zx::ComPtr<IXMLDOMElement> element;
+    if (m_document->get_documentElement(&element) == S_OK && element &&
+        IsFrameworkElement(element.Get(), m_rootName.get())) {
+        return element->QueryInterface(IID_IXMLDOMNode, reinterpret_cast<void**>(root));
+    }
     VStringBuffer query;
     query.AppendFormat(Vocabulary::RootQuery, Vocabulary::FrameworkPrefix, m_rootName.get());
     return SelectSingleNode(query.c_str(), root);
