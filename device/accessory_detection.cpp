@@ -160,8 +160,9 @@ std::shared_ptr<VIOData> VUDMClient::QueryAccessories() {
         }
         m_printer.WriteNumber(kQueryDone, 1);
     }
-    ApplyStoredAnswers(EnsureRecord());
-    MatchModelFamily(*m_record, StoredIdentity());
+    const VStoredValues stored(m_printer);
+    ApplyStoredAnswers(stored, EnsureRecord());
+    MatchModelFamily(*m_record, StoredIdentity(stored));
     return m_record;
 }
 
@@ -176,20 +177,18 @@ std::shared_ptr<VIOData> VUDMClient::DefaultsRecord() {
 }
 
 // Only answers stored as numbers replace the presets.
-void VUDMClient::ApplyStoredAnswers(VIOData& record) {
+void VUDMClient::ApplyStoredAnswers(const VStoredValues& stored, VIOData& record) {
     for (const StoredAnswer& answer : kStoredAnswers) {
         zx::unique_variant value;
-        const bool stored =
-            m_printer.ReadValue(answer.name, value) == VPrinterAccess::ValueRead::Read && value.type() == VT_BOOL;
-        (record.*answer.set)(stored ? static_cast<int32_t>((*value).boolVal) : answer.preset);
+        const bool number =
+            stored.Read(answer.name, value) == VPrinterAccess::ValueRead::Read && value.type() == VT_BOOL;
+        (record.*answer.set)(number ? static_cast<int32_t>((*value).boolVal) : answer.preset);
     }
 }
 
-std::wstring VUDMClient::StoredIdentity() {
+std::wstring VUDMClient::StoredIdentity(const VStoredValues& stored) {
     zx::unique_variant identity;
-    if (m_printer.ReadValue(kIdentity, identity) != VPrinterAccess::ValueRead::Read || identity.type() != VT_BSTR) {
-        return {};
-    }
+    if (stored.Read(kIdentity, identity) != VPrinterAccess::ValueRead::Read || identity.type() != VT_BSTR) return {};
     return AnswerText(identity);
 }
 

@@ -5,6 +5,7 @@
 #include "util/spooler_platform.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,9 @@ bool IsPluginDriverDataValue(const std::wstring& name) noexcept;
 
 class VPrinterAccess {
 public:
+    // Values of at most this size are read with one spooler call.
+    static constexpr DWORD kSmallValueBytes = 128;
+
     enum class ValueRead : int { Read = 0, Missing = -1, Failed = 1 };
 
     // With no handle, opens the printer by name with full access and owns that handle.
@@ -78,7 +82,20 @@ public:
         m_portName = std::move(name);
     }
     void SetIpAddress(std::wstring address) { m_ipAddress = std::move(address); }
+    // The description learnt for a port name, kept for the life of this object: a port's
+    // description is its monitor's, which does not change while the port exists. Null when
+    // none was learnt for that name.
+    const std::wstring* KnownPortDescription(const std::wstring& portName) const noexcept {
+        return m_describedPort && *m_describedPort == portName ? &m_portDescription : nullptr;
+    }
+    void KeepPortDescription(const std::wstring& portName, std::wstring description) {
+        m_describedPort = portName;
+        m_portDescription = std::move(description);
+    }
     void ReplaceXcvHandle(HANDLE xcv) noexcept { m_xcv.reset(xcv); }
+
+    // As ReadValue reads them, the bytes a value of that type holds.
+    static ValueRead ValueFromData(DWORD type, const BYTE* data, DWORD size, zx::unique_variant& value);
 
 private:
     zx::unique_spooler_handle OpenWithFullAccess() const;
@@ -94,4 +111,19 @@ private:
     std::wstring m_ipAddress;
     std::wstring m_serverName;
     std::vector<BYTE> m_printerInfo;
+    std::optional<std::wstring> m_describedPort;
+    std::wstring m_portDescription;
+};
+
+// The printer's driver data for one accessory query, read as ReadValue reads each value: all
+// values with one spooler call when the spooler lists them, otherwise each with its own.
+class VStoredValues {
+public:
+    explicit VStoredValues(VPrinterAccess& printer);
+    VPrinterAccess::ValueRead Read(const wchar_t* name, zx::unique_variant& value) const;
+
+private:
+    VPrinterAccess& m_printer;
+    std::vector<BYTE> m_listed;  // PRINTER_ENUM_VALUESW records; empty: read each value
+    DWORD m_count = 0;
 };

@@ -71,8 +71,8 @@ private:
     HMODULE LoadHelperLibrary(const wchar_t* fileName, zx::unique_hmodule& module);
     VIOData& EnsureRecord();
     std::shared_ptr<VIOData> DefaultsRecord();
-    void ApplyStoredAnswers(VIOData& record);
-    std::wstring StoredIdentity();
+    void ApplyStoredAnswers(const VStoredValues& stored, VIOData& record);
+    std::wstring StoredIdentity(const VStoredValues& stored);
 
     std::shared_ptr<VIOData> m_record;
     VPrinterAccess m_printer;

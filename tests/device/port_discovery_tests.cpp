@@ -52,6 +52,11 @@ TEST_F(PortTest, KindsComeFromNameMarkersThenFromTheDescriptionOfTheLastPortOfTh
     EXPECT_TRUE(spooler.xcvOutputSizes.empty());
     VPrinterAccess nameless(nullptr, nullptr);
     EXPECT_FALSE(zx::ClassifyPort(nameless));
+    // A port's description is asked for once per printer object.
+    const int listings = spooler.portListings;
+    EXPECT_TRUE(Classify(L"IP_1"));
+    EXPECT_TRUE(Classify(L"IP_1"));
+    EXPECT_EQ(listings + 1, spooler.portListings);
     // The port name is read only from within the spooler's block.
     spooler.portNameOutsideBlock = L"USB001";
     EXPECT_FALSE(zx::ClassifyPort(access));
