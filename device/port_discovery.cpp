@@ -92,14 +92,18 @@ void AskAgainWithNeededSize(VPrinterAccess& printer, DWORD needed) {
 
 }  // namespace
 
+// The transceiver stays open while the printer keeps its port.
 bool ClassifyPort(VPrinterAccess& printer) {
+    const std::wstring previousPort = printer.PortName();
     printer.SetPort(kPortUnknown, L"");
     if (printer.PrinterHandle() == nullptr && printer.PrinterName().empty()) return false;
     const PRINTER_INFO_2W* info = printer.GetPrinterInfo();
     if (info == nullptr) return false;
     const std::wstring portName(printer.PrinterInfoText(info->pPortName));
     if (portName.empty()) return false;
-    printer.ReplaceXcvHandle(OpenTransceiver(printer, portName));
+    if (portName != previousPort || printer.XcvHandle() == nullptr) {
+        printer.ReplaceXcvHandle(OpenTransceiver(printer, portName));
+    }
     const int32_t kind = KindOfPort(printer, portName);
     printer.SetPort(kind, portName);
     return kind != kPortUnknown;
