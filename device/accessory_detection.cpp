@@ -150,8 +150,10 @@ std::shared_ptr<VIOData> VUDMClient::QueryAccessories() {
         EnsureRecord();
         return m_record;
     }
+    // The driver data is read once for the cycle mark and the answers, and again after asking.
+    std::optional<VStoredValues> stored(std::in_place, m_printer);
     zx::unique_variant queryDone;
-    m_printer.ReadValue(kQueryDone, queryDone);
+    stored->Read(kQueryDone, queryDone);
     const bool answersCurrent = queryDone.type() == VT_BOOL && (*queryDone).boolVal != 0;
     if (!answersCurrent) {
         if (RunDeviceQuery() != S_OK) {
@@ -159,10 +161,10 @@ std::shared_ptr<VIOData> VUDMClient::QueryAccessories() {
             return m_record;
         }
         m_printer.WriteNumber(kQueryDone, 1);
+        stored.emplace(m_printer);
     }
-    const VStoredValues stored(m_printer);
-    ApplyStoredAnswers(stored, EnsureRecord());
-    MatchModelFamily(*m_record, StoredIdentity(stored));
+    ApplyStoredAnswers(*stored, EnsureRecord());
+    MatchModelFamily(*m_record, StoredIdentity(*stored));
     return m_record;
 }
 

@@ -232,6 +232,15 @@ HRESULT VPrintSchemaHandler::CreateElement(const wchar_t* qualifiedName, const w
 HRESULT VPrintSchemaHandler::CreateAttribute(IXMLDOMElement* element, const wchar_t* qualifiedName,
                                              const wchar_t* namespaceUri, const wchar_t* value) {
     ZX_RETURN_HR_IF(E_INVALIDARG, element == nullptr || qualifiedName == nullptr || value == nullptr);
+    zx::ComPtr<IXMLDOMNode> parent;
+    if (SUCCEEDED(element->get_parentNode(&parent)) && parent) m_features.Invalidate();  // not a new element
+    if (namespaceUri == nullptr) {
+        // The same attribute, set without making an attribute node first.
+        const zx::unique_bstr name = zx::MakeBstr(qualifiedName);
+        zx::unique_variant text;
+        SetText(text, value);
+        return element->setAttribute(name.get(), *text);
+    }
     zx::unique_variant type;
     SetNodeType(type, NODE_ATTRIBUTE);
     const zx::unique_bstr name = zx::MakeBstr(qualifiedName);
@@ -245,8 +254,6 @@ HRESULT VPrintSchemaHandler::CreateAttribute(IXMLDOMElement* element, const wcha
     zx::unique_variant text;
     SetText(text, value);
     ZX_RETURN_IF_FAILED(attribute->put_value(*text));
-    zx::ComPtr<IXMLDOMNode> parent;
-    if (SUCCEEDED(element->get_parentNode(&parent)) && parent) m_features.Invalidate();  // not a new element
     zx::ComPtr<IXMLDOMAttribute> replaced;
     return element->setAttributeNode(attribute.Get(), &replaced);
 }
