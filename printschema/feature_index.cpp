@@ -6,12 +6,13 @@
 
 using namespace PrintSchema;
 
+// The local name rules out most elements, so it is read first.
 bool IsFrameworkElement(IXMLDOMNode* node, const wchar_t* localName) {
     DOMNodeType type = NODE_INVALID;
     if (FAILED(node->get_nodeType(&type)) || type != NODE_ELEMENT) return false;
-    zx::unique_bstr uri, name;
-    return SUCCEEDED(node->get_namespaceURI(uri.put())) && uri && std::wcscmp(uri.get(), Uri::Framework) == 0 &&
-           SUCCEEDED(node->get_baseName(name.put())) && name && std::wcscmp(name.get(), localName) == 0;
+    zx::unique_bstr name, uri;
+    return SUCCEEDED(node->get_baseName(name.put())) && name && std::wcscmp(name.get(), localName) == 0 &&
+           SUCCEEDED(node->get_namespaceURI(uri.put())) && uri && std::wcscmp(uri.get(), Uri::Framework) == 0;
 }
 
 namespace {
@@ -69,9 +70,7 @@ size_t VFeatureIndex::FeaturesInside(size_t position) const {
     return count;
 }
 
-bool VFeatureIndex::Inside(size_t ancestor, size_t position) const {
-    return position > ancestor && position <= ancestor + FeaturesInside(ancestor);
-}
+size_t VFeatureIndex::LastInside(size_t ancestor) const { return ancestor + FeaturesInside(ancestor); }
 
 void VFeatureIndex::Removed(const std::vector<size_t>& positions) noexcept {
     if (!m_valid) return;

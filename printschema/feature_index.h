@@ -43,8 +43,9 @@ public:
     bool Find(IXMLDOMDocument2* document, const wchar_t* frameworkPrefix, const wchar_t* fullName,
               std::vector<size_t>& positions) noexcept;
     IXMLDOMNode* Node(size_t position) const noexcept { return m_entries[position].node.Get(); }
-    // Whether the feature at position lies inside the subtree of the one at ancestor.
-    bool Inside(size_t ancestor, size_t position) const;
+    // The position of the last feature inside the subtree of the one at ancestor: the features
+    // after ancestor up to it lie inside, in document order.
+    size_t LastInside(size_t ancestor) const;
 
     // Edits to follow; one that cannot be followed makes the index read the document again.
     // The features at these positions (ascending) have left the document with their subtrees.

@@ -285,7 +285,8 @@ HRESULT VPrintTicketHandler::IndexedOption(const wchar_t* namePrefix, const wcha
     if (subFeatureName != nullptr) {
         std::vector<size_t> subFeatures;
         if (!IndexedFeatures(FrameworkPrefix(), KeywordsPrefix(), subFeatureName, subFeatures)) return S_FALSE;
-        std::erase_if(subFeatures, [this, chosen](size_t position) { return !m_features.Inside(chosen, position); });
+        const size_t last = m_features.LastInside(chosen);
+        std::erase_if(subFeatures, [chosen, last](size_t position) { return position <= chosen || position > last; });
         if (subFeatures.size() > 1) return S_FALSE;
         if (subFeatures.empty()) return zx::kNotFound;
         chosen = subFeatures.front();
