@@ -1,6 +1,7 @@
 #include "printschema/feature_index.h"
 
 #include "printschema/print_schema_names.h"
+#include "util/msxml_ids.h"
 
 #include <cwchar>
 
@@ -18,16 +19,16 @@ bool IsFrameworkElement(IXMLDOMNode* node, const wchar_t* localName) {
 namespace {
 
 // The name attribute's text, empty when the element has none.
-std::wstring NameOf(IXMLDOMNode* element) {
-    zx::ComPtr<IXMLDOMNamedNodeMap> attributes;
-    zx::ComPtr<IXMLDOMNode> attribute;
-    zx::unique_bstr text;
-    if (FAILED(element->get_attributes(&attributes)) || !attributes ||
-        attributes->getNamedItem(zx::MakeBstr(Vocabulary::Name).get(), &attribute) != S_OK || !attribute ||
-        FAILED(attribute->get_text(text.put())) || !text) {
+std::wstring NameOf(IXMLDOMNode* feature) {
+    zx::ComPtr<IXMLDOMElement> element;
+    zx::unique_variant name;
+    if (FAILED(feature->QueryInterface(msxml6::IID_IXMLDOMElement, reinterpret_cast<void**>(element.GetAddressOf()))) ||
+        element->getAttribute(zx::MakeBstr(Vocabulary::Name).get(), name.put()) != S_OK ||
+        name.type() != VT_BSTR) {
         return {};
     }
-    return std::wstring(text.get(), ::SysStringLen(text.get()));
+    const BSTR text = V_BSTR(name.get());
+    return std::wstring(text, ::SysStringLen(text));
 }
 
 }  // namespace

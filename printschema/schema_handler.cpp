@@ -267,14 +267,23 @@ HRESULT VPrintSchemaHandler::FindAttribute(IXMLDOMNode* node, const wchar_t* att
     return SUCCEEDED(hr) && *attribute == nullptr ? S_FALSE : hr;
 }
 
+// Only elements have attributes; an element hands out an attribute's text in one call.
 HRESULT VPrintSchemaHandler::GetAttributeText(IXMLDOMNode* node, const wchar_t* attributeName, BSTR* text) {
     ZX_RETURN_HR_IF_NULL(E_POINTER, text);
     *text = nullptr;
     ZX_RETURN_HR_IF(E_INVALIDARG, node == nullptr || IsEmpty(attributeName));
-    zx::ComPtr<IXMLDOMNode> attribute;
-    const HRESULT hr = FindAttribute(node, attributeName, &attribute);
+    zx::ComPtr<IXMLDOMElement> element;
+    if (FAILED(node->QueryInterface(msxml6::IID_IXMLDOMElement, reinterpret_cast<void**>(element.GetAddressOf())))) {
+        return S_FALSE;
+    }
+    zx::unique_variant value;
+    const zx::unique_bstr name = zx::MakeBstr(attributeName);
+    const HRESULT hr = element->getAttribute(name.get(), value.put());
     if (hr != S_OK) return hr;
-    return attribute->get_text(text);
+    if (value.type() != VT_BSTR) return S_FALSE;
+    *text = std::exchange(value.get()->bstrVal, nullptr);
+    value.get()->vt = VT_EMPTY;
+    return S_OK;
 }
 
 HRESULT VPrintSchemaHandler::SetAttributeText(IXMLDOMNode* node, const wchar_t* attributeName, const wchar_t* text) {
