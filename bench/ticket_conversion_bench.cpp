@@ -9,7 +9,7 @@
 // series is summed up by its median and its 10th and 90th percentiles, and the ratios are ratios
 // of medians, so that a busy machine moves them little. With --breakdown, the median of each
 // converter and of the provider's own steps follows, measured on the plug-in's code linked into
-// this program. Last, the process's memory and handles after 100 and after N conversions
+// this program, with what one debugger line costs and how many each conversion writes. Last, the process's memory and handles after 100 and after N conversions
 // (10 000 unless a number is given). One figure per line: name, then value.
 #include "device/udm_client.h"
 #include "drvhost/driver_host.h"
@@ -269,6 +269,29 @@ private:
     std::optional<VConversionDocument> m_document;
 };
 
+// The lines one call writes to the debugger, counted from the debug-print exceptions it raises.
+LONG g_debuggerLines = 0;
+
+LONG CALLBACK CountDebuggerLine(PEXCEPTION_POINTERS info) {
+    if (info->ExceptionRecord->ExceptionCode == DBG_PRINTEXCEPTION_C) ++g_debuggerLines;
+    return EXCEPTION_CONTINUE_SEARCH;
+}
+
+long DebuggerLinesOf(const std::function<void()>& call) {
+    g_debuggerLines = 0;
+    PVOID handler = ::AddVectoredExceptionHandler(1, CountDebuggerLine);
+    call();
+    ::RemoveVectoredExceptionHandler(handler);
+    return g_debuggerLines;
+}
+
+void PrintDebuggerLines(Printer& printer) {
+    const long toTicket = DebuggerLinesOf([&printer] { printer.ToTicket(ParseXml(printer.baseTicket).Get()); });
+    const long toDevMode = DebuggerLinesOf([&printer] { printer.ToDevMode(ParseXml(printer.convertedTicket).Get()); });
+    Print("breakdown." + printer.label + ".devmode_to_printticket_debugger_lines", toTicket);
+    Print("breakdown." + printer.label + ".printticket_to_devmode_debugger_lines", toDevMode);
+}
+
 void PrintRatios(const std::vector<Step>& steps, const Printer& printer) {
     const double ticketFloor = SeriesNamed(steps, "floor.printticket").Median();
     const double capabilitiesFloor = SeriesNamed(steps, "floor.printcapabilities").Median();
@@ -335,6 +358,10 @@ int wmain(int argc, wchar_t** argv) {
         PrintRatios(steps, device);
         for (const Step& step : steps) {
             if (step.name.starts_with("breakdown.")) Print(step.name + "_median_us", step.series.Median());
+        }
+        if (breakdown) {
+            PrintDebuggerLines(plain);
+            PrintDebuggerLines(device);
         }
         breakdowns.clear();
         CheckForLeaks(plain, leakCheckConversions);
