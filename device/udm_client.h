@@ -64,6 +64,9 @@ public:
     // Applies the driver's "BidiDefaults" table to values; false when it cannot be read.
     bool ReadBidiDefaults(AccessoryDefaults& values);
 
+    // The record of the last accessory query, without asking again; null before the first.
+    IBiDiData* LastRecord() const noexcept { return m_record.get(); }
+
     bool IsConnected() const noexcept { return m_connected; }
     VPrinterAccess& PrinterAccess() noexcept { return m_printer; }
 

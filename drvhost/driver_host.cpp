@@ -67,6 +67,12 @@ DriverHost::~DriverHost() {
     m_ui.Reset();
 }
 
+HRESULT DriverHost::RaisePrinterInitialise() const {
+    if (!m_ui) return E_POINTER;
+    std::wstring name = m_printerName;
+    return m_ui->PrinterEvent(name.data(), PRINTER_EVENT_INITIALIZE, 0, 0);
+}
+
 std::unique_ptr<JobDevMode> DriverHost::NewDefaultJob() {
     auto job = std::make_unique<JobDevMode>(m_core->Description(), m_identity.privateBlockSize, m_printerName);
     if (m_identity.privateBlockSize > 0) {

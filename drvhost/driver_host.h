@@ -40,6 +40,9 @@ public:
     const std::wstring& PrinterName() const noexcept { return m_printerName; }
     HANDLE Printer() const noexcept { return m_printer.get(); }
 
+    // What the spooler does once a printer is installed: the plug-in's printer-initialise event.
+    HRESULT RaisePrinterInitialise() const;
+
     // A DEVMODE with the printer's defaults, the plug-in's block defaulted by the plug-in.
     std::unique_ptr<JobDevMode> NewDefaultJob();
 

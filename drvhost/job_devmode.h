@@ -49,6 +49,9 @@ public:
     bool TakeSelectionsFrom(const DEVMODEW* other, DWORD otherSize);
 
     const std::vector<BYTE>& Bytes() const noexcept { return m_bytes; }
+    // Takes everything of a DEVMODE of the same printer and layout: public part, selections and
+    // the plug-in's block.
+    void TakeAllFrom(const JobDevMode& other) { m_bytes = other.m_bytes; }
 
 private:
     size_t PluginBlockOffset() const noexcept { return m_bytes.size() - m_pluginBlockSize; }

@@ -71,7 +71,7 @@ OptionItems::OptionItems(const PrinterDescription& description, FeatureSheet she
     : m_description(description) {
     std::vector<size_t> features;
     for (size_t i = 0; i < description.features.size(); ++i) {
-        if (description.features[i].sheet == sheet) features.push_back(i);
+        if (description.features[i].sheet == sheet && !description.features[i].concealed) features.push_back(i);
     }
     // Sized once: items point into these vectors.
     m_records.resize(features.size());

@@ -179,6 +179,8 @@ private:
                 defaultLine = m_token.line;
             } else if (name == "PrintSchemaKeywordMap") {
                 feature.schemaName = m_token.value;
+            } else if (name == "ConcealFromUI?") {
+                feature.concealed = m_token.value == "TRUE";
             } else if (name == "FeatureType") {
                 feature.sheet = m_token.value == "PRINTER_PROPERTY" ? FeatureSheet::Printer : FeatureSheet::Document;
             }

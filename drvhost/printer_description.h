@@ -48,6 +48,8 @@ struct FeatureDescription {
     std::wstring displayName;
     std::string schemaName;
     FeatureSheet sheet = FeatureSheet::Document;
+    // *ConcealFromUI?: TRUE - the core driver keeps the feature but shows no item for it.
+    bool concealed = false;
     size_t defaultOption = 0;
     std::vector<OptionDescription> options;
 

@@ -1,6 +1,12 @@
 #include "drvhost/text.h"
 
+#include "drvhost/hresult_text.h"
+#include "util/scoped.h"
+
 #include <windows.h>
+
+#include <cstring>
+#include <stdexcept>
 
 namespace drvhost {
 
@@ -32,6 +38,37 @@ std::string WideToUtf8(std::wstring_view text) {
                               nullptr);
     }
     return narrow;
+}
+
+}  // namespace drvhost
+
+namespace drvhost {
+namespace {
+
+std::string ReadFileBytes(const std::wstring& path) {
+    zx::unique_file file(::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                       FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file) throw std::runtime_error("cannot read " + WideToUtf8(path) + ": " + Win32ErrorText(::GetLastError()));
+    std::string bytes;
+    char buffer[4096];
+    DWORD read = 0;
+    while (::ReadFile(file.get(), buffer, sizeof(buffer), &read, nullptr) && read > 0) bytes.append(buffer, read);
+    return bytes;
+}
+
+}  // namespace
+
+std::wstring ReadTextFile(const std::wstring& path) {
+    const std::string bytes = ReadFileBytes(path);
+    if (bytes.rfind("\xFF\xFE", 0) == 0) {
+        std::wstring text((bytes.size() - 2) / 2, L'\0');
+        std::memcpy(text.data(), bytes.data() + 2, text.size() * sizeof(wchar_t));
+        return text;
+    }
+    const std::string_view utf8 = bytes.rfind("\xEF\xBB\xBF", 0) == 0 ? std::string_view(bytes).substr(3) : bytes;
+    std::wstring text;
+    if (!Utf8ToWide(utf8, text)) throw std::runtime_error(WideToUtf8(path) + ": not UTF-8 text");
+    return text;
 }
 
 }  // namespace drvhost

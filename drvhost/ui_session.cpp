@@ -11,7 +11,8 @@ namespace drvhost {
 UiSession::UiSession(DriverHost& host, FeatureSheet sheet, JobDevMode* job, DWORD flags)
     : m_host(host), m_sheet(sheet), m_job(sheet == FeatureSheet::Document ? job : nullptr) {
     CoreDriver& core = host.Core();
-    if (m_job) core.SetCurrentJob(m_job);
+    if (m_job) m_working = std::make_unique<JobDevMode>(*m_job);
+    if (m_working) core.SetCurrentJob(m_working.get());
     m_items = std::make_unique<OptionItems>(core.Description(), sheet,
                                             [&core](size_t feature) { return core.CurrentSelection(feature); });
 
@@ -29,8 +30,8 @@ UiSession::UiSession(DriverHost& host, FeatureSheet sheet, JobDevMode* job, DWOR
     m_params.pPrinterName = const_cast<PWSTR>(host.PrinterName().c_str());
     m_params.hModule = host.PluginModule();
     m_params.hOEMHeap = m_heap;
-    m_params.pPublicDM = m_job ? m_job->Public() : nullptr;
-    m_params.pOEMDM = m_job ? m_job->PluginBlock() : nullptr;
+    m_params.pPublicDM = m_working ? m_working->Public() : nullptr;
+    m_params.pOEMDM = m_working ? m_working->PluginBlock() : nullptr;
     m_params.dwFlags = flags;
     m_params.pDrvOptItems = m_items->Items();
     m_params.cDrvOptItems = m_items->Count();
@@ -51,13 +52,15 @@ UiSession::~UiSession() {
     for (HPROPSHEETPAGE page : m_pages) ::DestroyPropertySheetPage(page);
     CoreDriver& core = m_host.Core();
     core.CloseSheet();
-    if (m_job) core.SetCurrentJob(nullptr);
+    if (m_working) core.SetCurrentJob(nullptr);
     if (m_heap) ::HeapDestroy(m_heap);
 }
 
 HRESULT UiSession::Open() {
     const DWORD mode = m_sheet == FeatureSheet::Document ? OEMCUIP_DOCPROP : OEMCUIP_PRNPROP;
     m_commonUIPropResult = m_host.Ui()->CommonUIProp(mode, &m_params);
+    m_openingSelections.clear();
+    for (DWORD i = 0; i < m_items->Count(); ++i) m_openingSelections.push_back(m_items->Items()[i].Sel);
     if (m_sheet == FeatureSheet::Document) {
         m_propertySheetsResult = CallPropertySheets(PROPSHEETUI_REASON_INIT, 0);
         m_initialised = true;
@@ -98,7 +101,24 @@ LONG UiSession::SelectOption(std::string_view featureKeyword, LONG selection, HW
     const LONG oldSelection = item->Sel;
     item->Sel = selection;
     item->Flags |= OPTIF_CHANGED;
+    TellCoreDriver(*item, oldSelection);
     return Callback(CPSUICB_REASON_SEL_CHANGED, item, oldSelection, dialog);
+}
+
+LONG UiSession::RevertItems(HWND dialog) {
+    for (DWORD i = 0; i < m_items->Count() && i < m_openingSelections.size(); ++i) {
+        OPTITEM& item = m_items->Items()[i];
+        if (item.Sel == m_openingSelections[i]) continue;
+        const LONG changed = item.Sel;
+        item.Sel = m_openingSelections[i];
+        TellCoreDriver(item, changed);
+    }
+    return Callback(CPSUICB_REASON_ITEMS_REVERTED, m_items->Items(), 0, dialog);
+}
+
+void UiSession::TellCoreDriver(OPTITEM& item, LONG previousSelection) {
+    const DWORD mode = m_sheet == FeatureSheet::Document ? OEMCUIP_DOCPROP : OEMCUIP_PRNPROP;
+    m_host.Core().UpdateUISetting(&m_uiObject.object, &item, static_cast<DWORD>(previousSelection), mode);
 }
 
 LONG UiSession::Apply(HWND dialog) {
@@ -108,12 +128,13 @@ LONG UiSession::Apply(HWND dialog) {
         OPTITEM& item = m_items->Items()[i];
         const auto feature = m_items->FeatureOf(&item);
         if (!(item.Flags & OPTIF_CHANGED) || !feature || item.Sel < 0) continue;
-        if (m_job) {
-            m_job->SetSelection(*feature, static_cast<DWORD>(item.Sel));
+        if (m_working) {
+            m_working->SetSelection(*feature, static_cast<DWORD>(item.Sel));
         } else {
             core.SetPrinterSetting(*feature, static_cast<DWORD>(item.Sel));
         }
     }
+    if (m_job && m_working) m_job->TakeAllFrom(*m_working);
     if (m_initialised) {
         SETRESULT_INFO setResult{};
         setResult.cbSize = sizeof(setResult);
@@ -132,6 +153,8 @@ LONG_PTR CALLBACK UiSession::ComPropSheet(HANDLE sheet, UINT function, LPARAM lP
         HPROPSHEETPAGE handle = page ? ::CreatePropertySheetPageW(page) : nullptr;
         if (handle == nullptr) return 0;
         session->m_pages.push_back(handle);
+        const auto* bytes = reinterpret_cast<const BYTE*>(page);
+        session->m_pageDescriptions.emplace_back(bytes, bytes + page->dwSize);
         return reinterpret_cast<LONG_PTR>(handle);
     }
     case CPSFUNC_SET_HSTARTPAGE: {

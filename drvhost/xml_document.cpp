@@ -1,6 +1,8 @@
 #include "drvhost/xml_document.h"
 
+#include "drvhost/hresult_text.h"
 #include "drvhost/text.h"
+#include "drvhost/xml_check.h"
 #include "util/msxml_ids.h"
 #include "util/scoped.h"
 
@@ -12,20 +14,36 @@
 namespace drvhost {
 namespace {
 
-std::string ParseErrorOf(IXMLDOMDocument2* document) {
+std::string Trimmed(std::string text) {
+    while (!text.empty() && (text.back() == '\n' || text.back() == '\r' || text.back() == ' ')) text.pop_back();
+    return text;
+}
+
+// MSXML's account of a refused text when it has a position (Windows), else drvhost's own.
+XmlError ParseErrorOf(IXMLDOMDocument2* document, const std::wstring& text) {
     ComPtr<IXMLDOMParseError> error;
     zx::unique_bstr reason;
-    long line = 0;
+    long line = 0, column = 0;
     if (SUCCEEDED(document->get_parseError(&error)) && error) {
         error->get_reason(reason.put());
         error->get_line(&line);
+        error->get_linepos(&column);
     }
-    std::string text = reason ? WideToUtf8(reason.get()) : "not well-formed";
-    while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
-    return "line " + std::to_string(line) + ": " + text;
+    const std::string parserReason = reason ? Trimmed(WideToUtf8(reason.get())) : std::string();
+    if (line > 0 && !parserReason.empty()) return XmlError(line, column, parserReason);
+    if (const auto problem = FindXmlProblem(text)) return XmlError(problem->line, problem->column, problem->reason);
+    return XmlError(0, 0, "MSXML refuses it (" + (parserReason.empty() ? "no reason given" : parserReason) + ")");
 }
 
 }  // namespace
+
+XmlError::XmlError(int line, int column, const std::string& reason)
+    : std::runtime_error(line > 0
+                             ? "XML line " + std::to_string(line) + ", column " + std::to_string(column) + ": " + reason
+                             : "XML: " + reason),
+      m_line(line),
+      m_column(column),
+      m_reason(reason) {}
 
 ComPtr<IXMLDOMDocument2> ParseXml(const std::wstring& text) {
     ComPtr<IXMLDOMDocument2> document;
@@ -35,8 +53,19 @@ ComPtr<IXMLDOMDocument2> ParseXml(const std::wstring& text) {
     document->put_async(VARIANT_FALSE);
     VARIANT_BOOL loaded = VARIANT_FALSE;
     hr = document->loadXML(zx::MakeBstr(text.data(), static_cast<UINT>(text.size())).get(), &loaded);
-    if (FAILED(hr) || loaded != VARIANT_TRUE) throw std::runtime_error("XML " + ParseErrorOf(document.Get()));
+    if (FAILED(hr) || loaded != VARIANT_TRUE) throw ParseErrorOf(document.Get(), text);
     return document;
+}
+
+ComPtr<IXMLDOMDocument2> LoadXmlFile(const std::wstring& path) {
+    const std::wstring text = ReadTextFile(path);
+    try {
+        return ParseXml(text);
+    } catch (const XmlError& e) {
+        const std::string where =
+            e.Line() > 0 ? ":" + std::to_string(e.Line()) + ":" + std::to_string(e.Column()) + ": " : std::string(": ");
+        throw std::runtime_error(WideToUtf8(path) + where + e.Reason());
+    }
 }
 
 std::wstring SerializeXml(IXMLDOMDocument2* document) {

@@ -9,6 +9,7 @@ if [ "$(id -u)" = 0 ]; then
 fi
 
 if [ ! -f "$build/build.ninja" ]; then
+  echo "First build into $build: about 4 minutes for the main job, 6 with the tests (two cores)." >&2
   cmake -S "$root" -B "$build" -G Ninja ${ZX_CMAKE_ARGS:-} >/dev/null
 elif [ -n "${ZX_CMAKE_ARGS:-}" ]; then
   cmake "$build" ${ZX_CMAKE_ARGS} >/dev/null

@@ -14,6 +14,10 @@ inline constexpr char Duplex[] = "Duplex";
 inline constexpr char ZXPrintOnBothSidesManually[] = "ZXPrintOnBothSidesManually";
 inline constexpr char ZXManualDuplexSupport[] = "ZXManualDuplexSupport";
 inline constexpr char DuplexUnit[] = "DuplexUnit";
+// Configuration items of the printer sheet.
+inline constexpr char Tray2[] = "Tray2";
+inline constexpr char PhotoTrayUnit[] = "PhotoTrayUnit";
+inline constexpr char Autoconfig[] = "Autoconfig";
 inline constexpr char DocumentMargins[] = "DocumentMargins";
 inline constexpr char DocumentBinding[] = "DocumentBinding";
 inline constexpr char DocumentNUp[] = "DocumentNUp";

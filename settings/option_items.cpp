@@ -36,11 +36,32 @@ bool ItemIsFeature(const OPTITEM* item, std::string_view feature) noexcept {
     return keyword != nullptr && feature == keyword;
 }
 
+bool IsOptionIndex(const OPTITEM& item, LONG index) noexcept {
+    return item.pOptType != nullptr && index >= 0 && index < item.pOptType->Count;
+}
+
 POPTPARAM SelectedOption(const OPTITEM& item) noexcept {
     const POPTTYPE type = item.pOptType;
-    if (type == nullptr || type->pOptParam == nullptr) return nullptr;
-    if (item.Sel < 0 || item.Sel >= type->Count) return nullptr;
+    if (type == nullptr || type->pOptParam == nullptr || !IsOptionIndex(item, item.Sel)) return nullptr;
     return &type->pOptParam[item.Sel];
+}
+
+std::wstring_view OptionDisplayName(const OPTPARAM& option) noexcept {
+    if (option.pData == nullptr || IS_INTRESOURCE(option.pData)) return {};
+    return option.pData;
+}
+
+std::optional<LONG> FindOptionByDisplayName(const OPTITEM& item, std::wstring_view name, bool ignoreCase) noexcept {
+    const POPTTYPE type = item.pOptType;
+    if (type == nullptr || type->pOptParam == nullptr || name.empty()) return std::nullopt;
+    for (WORD position = 0; position < type->Count; ++position) {
+        const std::wstring_view candidate = OptionDisplayName(type->pOptParam[position]);
+        if (::CompareStringOrdinal(name.data(), static_cast<int>(name.size()), candidate.data(),
+                                   static_cast<int>(candidate.size()), ignoreCase) == CSTR_EQUAL) {
+            return position;
+        }
+    }
+    return std::nullopt;
 }
 
 HRESULT GetFeatureOptItem(const OEMCUIPPARAM* params, PCSTR feature, POPTITEM* item) noexcept {

@@ -6,6 +6,7 @@
 
 #include "ddk/printoem.h"
 
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -22,9 +23,21 @@ PCSTR FeatureKeywordOf(const OPTITEM& item) noexcept;
 // True when the item (possibly null) stands for exactly this feature.
 bool ItemIsFeature(const OPTITEM* item, std::string_view feature) noexcept;
 
+// True when `index` is one of the item's options.
+bool IsOptionIndex(const OPTITEM& item, LONG index) noexcept;
+
 // The option parameter of the item's selection; null without an option array or when the
 // selection lies outside it.
 POPTPARAM SelectedOption(const OPTITEM& item) noexcept;
+
+// The display name of an option; empty without one and for a resource number, which the common
+// UI accepts in its place.
+std::wstring_view OptionDisplayName(const OPTPARAM& option) noexcept;
+
+// The position of the item's first option whose display name equals `name` (ordinal comparison,
+// optionally ignoring case); nothing when none does, when the item has no options or `name` is
+// empty.
+std::optional<LONG> FindOptionByDisplayName(const OPTITEM& item, std::wstring_view name, bool ignoreCase) noexcept;
 
 // The first item whose feature keyword begins with `feature`, in the core driver's order. A
 // search for "MediaType" therefore stops at a "MediaTypePrev" item that comes first.

@@ -10,12 +10,6 @@
 namespace zx {
 namespace {
 
-bool DisplayNamesMatch(const wchar_t* name, const OPTPARAM& option) noexcept {
-    // The common UI also accepts resource numbers as display names; those never match a text.
-    if (option.pData == nullptr || IS_INTRESOURCE(option.pData)) return false;
-    return ::CompareStringOrdinal(name, -1, option.pData, -1, TRUE) == CSTR_EQUAL;
-}
-
 // The option at the paper index: the index counts the options without CUSTOMSIZE.
 PCSTR PaperKeywordAt(std::span<const PCSTR> options, DWORD paperIndex) noexcept {
     DWORD position = 0;
@@ -64,12 +58,7 @@ LONG PaperItemPosition(const OEMCUIPPARAM* params, IPrintCoreHelper* helper, DWO
     if (!PaperDisplayName(helper, paperIndex, name)) return 0;
     POPTITEM paper = nullptr;
     if (FAILED(GetFeatureOptItem(params, Feature::PaperSize, &paper)) || paper == nullptr) return 0;
-    const POPTTYPE type = paper->pOptType;
-    if (type == nullptr || type->pOptParam == nullptr) return 0;
-    for (WORD position = 0; position < type->Count; ++position) {
-        if (DisplayNamesMatch(name, type->pOptParam[position])) return position;
-    }
-    return 0;
+    return FindOptionByDisplayName(*paper, name, true).value_or(0);
 }
 
 }  // namespace zx

@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cstring>
 #include <span>
+#include <string>
 
 namespace zx {
 namespace {
@@ -131,4 +132,37 @@ LONG SnapForTicket(IPrintCoreHelper* helper, const DEVMODEW* devMode, DWORD devM
     return kNoSnappingRule;
 }
 
+std::string_view SnappingRuleField(std::string_view remainder, int field) noexcept {
+    if (field < 1) return {};
+    RuleReader reader(remainder);
+    for (int skipped = 1; skipped < field; ++skipped) {
+        if (!reader.NextField()) return {};
+    }
+    return reader.Field();
+}
+
+INT32 SnappingRuleNumber(std::string_view remainder, int field) noexcept {
+    return ReadDecimal(SnappingRuleField(remainder, field));
+}
+
 }  // namespace zx
+
+void VSnappingTable::Load(IPrintCoreHelper* helper) {
+    if (helper == nullptr) return;
+    const std::span<const PCSTR> rules = zx::FeatureOptions(helper, Feature::SnappingData);
+    m_enabled = !rules.empty();
+    m_remainders.clear();
+    for (PCSTR rule : rules) {
+        if (rule == nullptr) continue;
+        const std::string_view text = zx::BoundedRule(rule);
+        const std::optional<std::string_view> key = zx::SnappingRuleKey(text);
+        if (!key) continue;
+        m_remainders.insert_or_assign(std::string(*key), std::string(text.substr(key->size() + 1)));
+    }
+}
+
+std::optional<std::string_view> VSnappingTable::Find(std::string_view key) const {
+    const auto found = m_remainders.find(key);
+    if (found == m_remainders.end()) return std::nullopt;
+    return found->second;
+}

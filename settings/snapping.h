@@ -11,13 +11,17 @@
 //   F4   the resource name of the media type's display name (read by the property sheet)
 //   F5   the BorderlessPrint option index; 0 or missing leaves borderless printing alone
 //
-// This file has the rule format and the lookup of the PrintTicket writer.
+// This file has the rule format, the lookup of the PrintTicket writer and the document property
+// sheet's table of rules.
 #pragma once
 
 #include "ddk/prcomoem.h"
 
 #include <cstddef>
+#include <functional>
+#include <map>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace zx {
@@ -63,4 +67,29 @@ void ParseSnappingRule(PCSTR rule, SnappingRecord& record, MediaTypeName& mediaN
 LONG SnapForTicket(IPrintCoreHelper* helper, const DEVMODEW* devMode, DWORD devModeSize, SnappingRecord* record,
                    MediaTypeName& mediaName) noexcept;
 
+// Field F1 to F5 (`field` 1 to 5) of a rule's remainder, the text after its key and first ":";
+// empty when the rule has fewer fields.
+std::string_view SnappingRuleField(std::string_view remainder, int field) noexcept;
+// The same field read as a decimal number; 0 when it is missing or no number.
+INT32 SnappingRuleNumber(std::string_view remainder, int field) noexcept;
+
 }  // namespace zx
+
+// The document property sheet's snapping rules for one session: rule key -> remainder (F1 to F5
+// with their separators). Unlike the PrintTicket writer, which takes the first rule of a key,
+// the sheet's table keeps the last one.
+class VSnappingTable {
+public:
+    // Reads the rules of SnappingData through the core helper, replacing the table. Snapping is
+    // enabled when the feature lists at least one option, rule or not. Without a helper the
+    // table is left as it was.
+    void Load(IPrintCoreHelper* helper);
+
+    bool Enabled() const noexcept { return m_enabled; }
+    // The remainder of the rule with this key; nothing without one.
+    std::optional<std::string_view> Find(std::string_view key) const;
+
+private:
+    std::map<std::string, std::string, std::less<>> m_remainders;
+    bool m_enabled = false;
+};

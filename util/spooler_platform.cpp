@@ -6,7 +6,9 @@ namespace {
 const SpoolerPlatform kRealSpooler = {
     ::OpenPrinterW,         ::ClosePrinter,      ::GetPrinterW,       ::GetPrinterDriverW,
     ::GetPrinterDataW,      ::GetPrinterDataExW, ::SetPrinterDataExW, ::EnumPrinterDataExW,
-    ::DeletePrinterDataExW, ::EnumPortsW,        ::XcvDataW,
+    ::DeletePrinterDataExW, ::EnumPortsW,        ::XcvDataW,          ::RegCreateKeyExW,
+    ::RegSetValueExW,       ::RegQueryValueExW,  ::RegEnumValueW,     ::RegDeleteValueW,
+    ::RegCloseKey,          ::CoCreateGuid,
 };
 
 // Changed only by tests, before the code under test runs.

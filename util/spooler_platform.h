@@ -1,8 +1,9 @@
 // The spooler calls of the plug-in, reached through one table of function pointers: printer
-// handles, printer and driver information, the printer's driver data, ports and port monitors.
-// The table holds the real API unless a test has put in its own, so the string libraries, the
-// device code and the shortcut store can be exercised without a spooler, and the calls that Wine
-// lacks can be made to answer.
+// handles, printer and driver information, the printer's driver data, ports and port monitors,
+// and the per-user registry key and GUID generation of the shortcut store, whose storage place
+// depends on what the spooler allows. The table holds the real API unless a test has put in its
+// own, so the string libraries, the device code and the shortcut store can be exercised without
+// a spooler, and the calls that Wine lacks can be made to answer.
 #pragma once
 
 #include "util/scoped.h"
@@ -29,6 +30,13 @@ struct SpoolerPlatform {
     decltype(&::DeletePrinterDataExW) deletePrinterDataEx;
     decltype(&::EnumPortsW) enumPorts;
     decltype(&::XcvDataW) xcvData;
+    decltype(&::RegCreateKeyExW) regCreateKeyEx;
+    decltype(&::RegSetValueExW) regSetValueEx;
+    decltype(&::RegQueryValueExW) regQueryValueEx;
+    decltype(&::RegEnumValueW) regEnumValue;
+    decltype(&::RegDeleteValueW) regDeleteValue;
+    decltype(&::RegCloseKey) regCloseKey;
+    decltype(&::CoCreateGuid) coCreateGuid;
 };
 
 // The table in use.
@@ -40,10 +48,13 @@ SpoolerPlatform ReplaceSpoolerPlatform(const SpoolerPlatform& platform) noexcept
 
 namespace traits {
 inline void close_platform_printer(HANDLE value) noexcept { CurrentSpoolerPlatform().closePrinter(value); }
+inline void close_platform_key(HKEY value) noexcept { CurrentSpoolerPlatform().regCloseKey(value); }
 }  // namespace traits
 
 // A printer or port-monitor handle opened through the table, closed through it.
 using unique_spooler_handle = unique_any<traits::null_invalid<HANDLE, traits::close_platform_printer>>;
+// A registry key opened through the table, closed through it.
+using unique_platform_key = unique_any<traits::null_invalid<HKEY, traits::close_platform_key>>;
 
 // Opens a printer by name through the table; an invalid handle when the name is null or the
 // spooler refuses. `defaults` may be null.

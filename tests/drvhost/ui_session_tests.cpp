@@ -167,10 +167,11 @@ TEST_F(UiSessionTest, DocumentSheetHandsThePluginItsBlockAndCollectsItsPages) {
         EXPECT_EQ(S_OK, session.Open());
         EXPECT_EQ(DWORD{OEMCUIP_DOCPROP}, plugin.commonUIMode);
         EXPECT_EQ(3u, plugin.params->cDrvOptItems);
-        EXPECT_EQ(job->Public(), plugin.params->pPublicDM);
-        EXPECT_EQ(job->PluginBlock(), plugin.params->pOEMDM);
+        // The sheet edits a copy of the job until Apply.
+        EXPECT_EQ(session.WorkingJob()->Public(), plugin.params->pPublicDM);
+        EXPECT_EQ(session.WorkingJob()->PluginBlock(), plugin.params->pOEMDM);
         EXPECT_EQ(0x2Cu, plugin.params->dwFlags & 0xFF);
-        EXPECT_EQ(job->PluginBlock(), plugin.sheetParams->pOEMDM);
+        EXPECT_EQ(session.WorkingJob()->PluginBlock(), plugin.sheetParams->pOEMDM);
 
         ASSERT_EQ(1u, session.Pages().size());
         EXPECT_EQ(session.Pages().front(), session.StartPage());
@@ -191,15 +192,17 @@ TEST_F(UiSessionTest, UserActionsReachThePluginsItemCallback) {
     EXPECT_EQ(CPSUICB_REASON_SEL_CHANGED, plugin.callbacks[0].reason);
     EXPECT_EQ(session.Item("Duplex"), plugin.callbacks[0].item);
     EXPECT_EQ(0, plugin.callbacks[0].oldSelection);
-    // The plug-in's commit went through DrvUpdateUISetting into the job; Duplex waits for Apply.
-    EXPECT_EQ(1u, job->Selection(2));
-    EXPECT_EQ(0u, job->Selection(1));
+    // The change and the plug-in's commit reached the sheet's copy of the job, which the job
+    // takes on Apply.
+    EXPECT_EQ(1u, session.WorkingJob()->Selection(2));
+    EXPECT_EQ(0u, job->Selection(2));
 
     session.Callback(CPSUICB_REASON_SETACTIVE, session.Item("PaperSize"));
     session.Apply();
     EXPECT_EQ(CPSUICB_REASON_SETACTIVE, plugin.callbacks[1].reason);
     EXPECT_EQ(CPSUICB_REASON_APPLYNOW, plugin.callbacks[2].reason);
     EXPECT_EQ(1u, job->Selection(1));
+    EXPECT_EQ(1u, job->Selection(2));
     EXPECT_EQ(PROPSHEETUI_REASON_SET_RESULT, plugin.sheetReasons.back());
     EXPECT_EQ(CPSUI_OK, plugin.setResult);
     EXPECT_THROW(session.SelectOption("Duplex", 2), std::invalid_argument);
