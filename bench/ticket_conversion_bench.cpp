@@ -11,6 +11,7 @@
 // converter and of the provider's own steps follows, measured on the plug-in's code linked into
 // this program, with what one debugger line costs and how many each conversion writes. Last, the process's memory and handles after 100 and after N conversions
 // (10 000 unless a number is given). One figure per line: name, then value.
+#include "bench/bench_timing.h"
 #include "device/udm_client.h"
 #include "drvhost/driver_host.h"
 #include "drvhost/print_schema.h"
@@ -38,48 +39,16 @@
 #include <vector>
 
 using namespace drvhost;
+using bench::MicrosecondsOf;
+using bench::Print;
+using bench::PrintSeries;
+using bench::Series;
 
 namespace {
 
 constexpr int kWarmUpRounds = 20;
 constexpr int kTimedRounds = 200;
 constexpr int kLeakCheckConversions = 10000;  // the argument may ask for fewer
-
-double MicrosecondsOf(const std::function<void()>& call) {
-    static const double ticksPerMicrosecond = [] {
-        LARGE_INTEGER frequency;
-        ::QueryPerformanceFrequency(&frequency);
-        return static_cast<double>(frequency.QuadPart) / 1e6;
-    }();
-    LARGE_INTEGER start, end;
-    ::QueryPerformanceCounter(&start);
-    call();
-    ::QueryPerformanceCounter(&end);
-    return static_cast<double>(end.QuadPart - start.QuadPart) / ticksPerMicrosecond;
-}
-
-// The times of one kind of call, one per round.
-class Series {
-public:
-    void Add(double microseconds) { m_samples.push_back(microseconds); }
-    double Percentile(double fraction) const {
-        std::vector<double> sorted = m_samples;
-        std::sort(sorted.begin(), sorted.end());
-        return sorted.empty() ? 0 : sorted[static_cast<size_t>(fraction * static_cast<double>(sorted.size() - 1))];
-    }
-    double Median() const { return Percentile(0.5); }
-
-private:
-    std::vector<double> m_samples;
-};
-
-void Print(const std::string& name, double value) { std::printf("%s %.3f\n", name.c_str(), value); }
-
-void PrintSeries(const std::string& name, const Series& series) {
-    Print(name + "_median_us", series.Median());
-    Print(name + "_p10_us", series.Percentile(0.1));
-    Print(name + "_p90_us", series.Percentile(0.9));
-}
 
 // A timed step: what runs untimed before it, and the call that is timed.
 struct Step {
