@@ -9,15 +9,15 @@
 #include "util/result.h"
 
 namespace {
-// Changed without a lock: the core driver creates and destroys UI objects on the thread that
-// shows the property sheet.
-long g_liveObjects = 0;
+// Changed on any thread: the class factory makes a UI object for every request, also for the
+// provider and converter requests that arrive on print threads.
+volatile LONG g_liveObjects = 0;
 
 // Written to the printer's driver data when the printer-initialise event has run.
 constexpr wchar_t kInstallOver[] = L"InstallOver";
 }  // namespace
 
-VUIInterfaceImpl::VUIInterfaceImpl() : CUnknown(IID_IPrintOemUI) { ++g_liveObjects; }
+VUIInterfaceImpl::VUIInterfaceImpl() : CUnknown(IID_IPrintOemUI) { ::InterlockedIncrement(&g_liveObjects); }
 
 // The pages go first, last added first, then the settings object they use. The string libraries
 // serve every property sheet of the process and go with the last object.
@@ -27,7 +27,7 @@ VUIInterfaceImpl::~VUIInterfaceImpl() {
     m_properties.reset();
     while (!m_retiredPages.empty()) m_retiredPages.pop_back();
     m_retiredProperties.clear();
-    if (--g_liveObjects == 0) zx::FreeResourceLibraries();
+    if (::InterlockedDecrement(&g_liveObjects) == 0) zx::FreeResourceLibraries();
 }
 
 long VUIInterfaceImpl::LiveCount() noexcept { return g_liveObjects; }

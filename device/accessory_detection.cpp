@@ -150,8 +150,10 @@ std::shared_ptr<VIOData> VUDMClient::QueryAccessories() {
         EnsureRecord();
         return m_record;
     }
+    // The driver data is read once for the cycle mark and the answers, and again after asking.
+    std::optional<VStoredValues> stored(std::in_place, m_printer);
     zx::unique_variant queryDone;
-    m_printer.ReadValue(kQueryDone, queryDone);
+    stored->Read(kQueryDone, queryDone);
     const bool answersCurrent = queryDone.type() == VT_BOOL && (*queryDone).boolVal != 0;
     if (!answersCurrent) {
         if (RunDeviceQuery() != S_OK) {
@@ -159,9 +161,10 @@ std::shared_ptr<VIOData> VUDMClient::QueryAccessories() {
             return m_record;
         }
         m_printer.WriteNumber(kQueryDone, 1);
+        stored.emplace(m_printer);
     }
-    ApplyStoredAnswers(EnsureRecord());
-    MatchModelFamily(*m_record, StoredIdentity());
+    ApplyStoredAnswers(*stored, EnsureRecord());
+    MatchModelFamily(*m_record, StoredIdentity(*stored));
     return m_record;
 }
 
@@ -176,20 +179,18 @@ std::shared_ptr<VIOData> VUDMClient::DefaultsRecord() {
 }
 
 // Only answers stored as numbers replace the presets.
-void VUDMClient::ApplyStoredAnswers(VIOData& record) {
+void VUDMClient::ApplyStoredAnswers(const VStoredValues& stored, VIOData& record) {
     for (const StoredAnswer& answer : kStoredAnswers) {
         zx::unique_variant value;
-        const bool stored =
-            m_printer.ReadValue(answer.name, value) == VPrinterAccess::ValueRead::Read && value.type() == VT_BOOL;
-        (record.*answer.set)(stored ? static_cast<int32_t>((*value).boolVal) : answer.preset);
+        const bool number =
+            stored.Read(answer.name, value) == VPrinterAccess::ValueRead::Read && value.type() == VT_BOOL;
+        (record.*answer.set)(number ? static_cast<int32_t>((*value).boolVal) : answer.preset);
     }
 }
 
-std::wstring VUDMClient::StoredIdentity() {
+std::wstring VUDMClient::StoredIdentity(const VStoredValues& stored) {
     zx::unique_variant identity;
-    if (m_printer.ReadValue(kIdentity, identity) != VPrinterAccess::ValueRead::Read || identity.type() != VT_BSTR) {
-        return {};
-    }
+    if (stored.Read(kIdentity, identity) != VPrinterAccess::ValueRead::Read || identity.type() != VT_BSTR) return {};
     return AnswerText(identity);
 }
 
@@ -209,10 +210,12 @@ HRESULT VUDMClient::RunDeviceQuery() {
     return S_OK;
 }
 
-// A failed write leaves the earlier answer, or none, in place.
+// A failed write leaves the earlier answer, or none, in place. An item that the data map names
+// like one of the plug-in's own values is not asked: its answer would overwrite that value.
 void VUDMClient::StoreDeviceAnswers(const std::vector<std::wstring>& items, IDeviceDataCollection* collection) {
     for (const std::wstring& item : items) {
         const std::wstring key = ItemKey(item);
+        if (IsPluginDriverDataValue(key)) continue;
         zx::unique_variant answer, stored;
         if (!AskItem(collection, item, answer)) {
             SetBool(stored, 0);

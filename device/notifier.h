@@ -4,6 +4,7 @@
 
 #include "device/bidi_data.h"
 
+#include <span>
 #include <vector>
 
 class ISubject;
@@ -33,9 +34,13 @@ class VUINotifer : public ISubject {
 public:
     // Observers are not owned; a null one is ignored and a repeated one is notified again.
     void Attach(IObserver* observer) override;
+    // Attaches each observer in order, or none of them when memory runs out.
+    void AttachAll(std::span<IObserver* const> observers);
     void DetachAll() override;
     // Tells every observer, in attach order.
     void Notify() override;
+
+    size_t ObserverCount() const noexcept { return m_observers.size(); }
 
 protected:
     ~VUINotifer() = default;

@@ -32,11 +32,15 @@ constexpr AddressLookup kAddressLookups[] = {
     {kPortRediscovery, GetRediscoveryConfig},
 };
 
-int32_t KindOfPort(const std::wstring& portName) {
+// The port list is asked for a port's description once per printer object.
+int32_t KindOfPort(VPrinterAccess& printer, const std::wstring& portName) {
     for (const PortNameMarker& entry : kPortNameMarkers) {
         if (portName.find(entry.marker) != std::wstring::npos) return entry.kind;
     }
-    const std::wstring description = GetPortDescription(portName);
+    if (printer.KnownPortDescription(portName) == nullptr) {
+        printer.KeepPortDescription(portName, GetPortDescription(portName));
+    }
+    const std::wstring& description = *printer.KnownPortDescription(portName);
     for (const PortMonitorDescription& entry : kPortDescriptions) {
         if (description == entry.description) return entry.kind;
     }
@@ -88,14 +92,19 @@ void AskAgainWithNeededSize(VPrinterAccess& printer, DWORD needed) {
 
 }  // namespace
 
+// The transceiver stays open while the printer keeps its port.
 bool ClassifyPort(VPrinterAccess& printer) {
+    const std::wstring previousPort = printer.PortName();
     printer.SetPort(kPortUnknown, L"");
     if (printer.PrinterHandle() == nullptr && printer.PrinterName().empty()) return false;
     const PRINTER_INFO_2W* info = printer.GetPrinterInfo();
-    if (info == nullptr || info->pPortName == nullptr || info->pPortName[0] == L'\0') return false;
-    const std::wstring portName = info->pPortName;
-    printer.ReplaceXcvHandle(OpenTransceiver(printer, portName));
-    const int32_t kind = KindOfPort(portName);
+    if (info == nullptr) return false;
+    const std::wstring portName(printer.PrinterInfoText(info->pPortName));
+    if (portName.empty()) return false;
+    if (portName != previousPort || printer.XcvHandle() == nullptr) {
+        printer.ReplaceXcvHandle(OpenTransceiver(printer, portName));
+    }
+    const int32_t kind = KindOfPort(printer, portName);
     printer.SetPort(kind, portName);
     return kind != kPortUnknown;
 }

@@ -1,5 +1,9 @@
 #include "device/printer_access.h"
 
+#include <algorithm>
+#include <iterator>
+#include <cstring>
+#include <cwchar>
 #include <optional>
 
 namespace {
@@ -47,6 +51,11 @@ DWORD StoreValue(HANDLE printer, const wchar_t* name, const StoredForm& form) {
 
 }  // namespace
 
+bool IsPluginDriverDataValue(const std::wstring& name) noexcept {
+    return std::any_of(std::begin(kPluginDriverDataValues), std::end(kPluginDriverDataValues),
+                       [&name](const wchar_t* own) { return ::_wcsicmp(name.c_str(), own) == 0; });
+}
+
 VPrinterAccess::VPrinterAccess(const wchar_t* printerName, HANDLE printer)
     : m_printer(printer), m_printerName(printerName ? printerName : L"") {
     if (m_printer == nullptr) {
@@ -60,9 +69,16 @@ zx::unique_spooler_handle VPrinterAccess::OpenWithFullAccess() const {
     return zx::OpenPrinterThroughPlatform(m_printerName.c_str(), &defaults);
 }
 
+// A value that fits a small buffer is read with one call; the others are measured first.
 VPrinterAccess::ValueRead VPrinterAccess::ReadValue(const wchar_t* name, zx::unique_variant& value) {
     value.reset();
     DWORD type = REG_NONE, needed = 0;
+    BYTE small[kSmallValueBytes] = {};
+    if (zx::CurrentSpoolerPlatform().getPrinterData(m_printer, const_cast<LPWSTR>(name), &type, small, sizeof(small),
+                                                    &needed) == ERROR_SUCCESS &&
+        needed != 0 && needed <= sizeof(small)) {
+        return ValueFromData(type, small, needed, value);
+    }
     if (zx::CurrentSpoolerPlatform().getPrinterData(m_printer, const_cast<LPWSTR>(name), &type, nullptr, 0, &needed) !=
         ERROR_MORE_DATA) {
         return ValueRead::Missing;
@@ -70,6 +86,31 @@ VPrinterAccess::ValueRead VPrinterAccess::ReadValue(const wchar_t* name, zx::uni
     switch (type) {
     case REG_SZ: return ReadText(name, needed, value);
     case REG_DWORD: return ReadNumber(name, value);
+    default: return ValueRead::Read;
+    }
+}
+
+// As ReadText and ReadNumber would read the same bytes: text up to its first null within them,
+// a number of at most four bytes.
+VPrinterAccess::ValueRead VPrinterAccess::ValueFromData(DWORD type, const BYTE* data, DWORD size,
+                                                        zx::unique_variant& value) {
+    VARIANT* out = value.get();
+    switch (type) {
+    case REG_SZ: {
+        const auto* text = reinterpret_cast<const wchar_t*>(data);
+        const std::wstring copy(text, ::wcsnlen(text, size / sizeof(wchar_t)));
+        out->bstrVal = zx::MakeBstr(copy.c_str()).release();
+        out->vt = VT_BSTR;
+        return ValueRead::Read;
+    }
+    case REG_DWORD: {
+        if (size > sizeof(DWORD)) return ValueRead::Failed;
+        DWORD number = 0;
+        std::memcpy(&number, data, size);
+        out->vt = VT_BOOL;
+        out->boolVal = static_cast<VARIANT_BOOL>(number & 0xFFFF);
+        return ValueRead::Read;
+    }
     default: return ValueRead::Read;
     }
 }
@@ -139,4 +180,38 @@ const PRINTER_INFO_2W* VPrinterAccess::GetPrinterInfo() {
     if (m_printerInfo.empty()) return nullptr;
     const auto* info = reinterpret_cast<const PRINTER_INFO_2W*>(m_printerInfo.data());
     return info->pDriverName != nullptr ? info : nullptr;
+}
+
+VStoredValues::VStoredValues(VPrinterAccess& printer) : m_printer(printer) {
+    DWORD count = 0;
+    m_listed = zx::QuerySpoolerBlock(
+        [&printer, &count](BYTE* buffer, DWORD size, DWORD* needed) {
+            return zx::CurrentSpoolerPlatform().enumPrinterDataEx(printer.PrinterHandle(), kDriverDataKey, buffer, size,
+                                                                  needed, &count) == ERROR_SUCCESS;
+        },
+        0);
+    m_count = count;
+    if (m_count > m_listed.size() / sizeof(PRINTER_ENUM_VALUESW)) m_listed.clear();  // a count that lies
+}
+
+// Names compare without regard to case, as the store's do; a value listed without bytes reads as
+// missing, as it does on its own.
+VPrinterAccess::ValueRead VStoredValues::Read(const wchar_t* name, zx::unique_variant& value) const {
+    if (m_listed.empty()) return m_printer.ReadValue(name, value);
+    value.reset();
+    const auto* values = reinterpret_cast<const PRINTER_ENUM_VALUESW*>(m_listed.data());
+    for (DWORD index = 0; index < m_count; ++index) {
+        const PRINTER_ENUM_VALUESW& listed = values[index];
+        const std::wstring valueName(zx::TextInBlock(m_listed, listed.pValueName));
+        if (::_wcsicmp(valueName.c_str(), name) != 0) continue;
+        const BYTE* data = listed.pData;
+        const bool inBlock = data >= m_listed.data() && listed.cbData <= m_listed.size() &&
+                             data <= m_listed.data() + m_listed.size() - listed.cbData;
+        if (listed.cbData == 0) return VPrinterAccess::ValueRead::Missing;
+        if (!inBlock || (listed.dwType == REG_SZ && listed.cbData > kMaxTextValueBytes)) {
+            return VPrinterAccess::ValueRead::Failed;
+        }
+        return VPrinterAccess::ValueFromData(listed.dwType, data, listed.cbData, value);
+    }
+    return VPrinterAccess::ValueRead::Missing;
 }

@@ -5,6 +5,7 @@
 #include "util/spooler_platform.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,8 +18,28 @@ enum PortKind : int32_t {
     kPortRediscovery = 4,  // the network re-discovery port monitor
 };
 
+// Values that the plug-in itself keeps in the printer's driver data: the device query cycle, the
+// shortcut store's printer GUID and current shortcut, the installation mark and the manual-change
+// marks. A device answer never takes one of these names.
+inline constexpr const wchar_t* kPluginDriverDataValues[] = {
+    L"BidiQuery",
+    L"PrinterGUID",
+    L"InstallOver",
+    L"CurrentShortcut",
+    L"CustomBitmapID",
+    L"DuplexUnitManuallyChanged",
+    L"Tray2ManuallyChanged",
+    L"PhotoTrayManuallyChanged",
+};
+// Whether a value name is one of the plug-in's own, compared without regard to case as the store
+// compares names.
+bool IsPluginDriverDataValue(const std::wstring& name) noexcept;
+
 class VPrinterAccess {
 public:
+    // Values of at most this size are read with one spooler call.
+    static constexpr DWORD kSmallValueBytes = 128;
+
     enum class ValueRead : int { Read = 0, Missing = -1, Failed = 1 };
 
     // With no handle, opens the printer by name with full access and owns that handle.
@@ -42,6 +63,9 @@ public:
     // The printer's level-2 information, owned by this object until the next call; null when
     // it cannot be read or names no driver.
     const PRINTER_INFO_2W* GetPrinterInfo();
+    // A text that the printer information points to, read no further than the end of its block;
+    // empty when the pointer is null or points elsewhere.
+    std::wstring_view PrinterInfoText(const wchar_t* text) const { return zx::TextInBlock(m_printerInfo, text); }
 
     HANDLE PrinterHandle() const noexcept { return m_printer; }
     const std::wstring& PrinterName() const noexcept { return m_printerName; }
@@ -58,7 +82,20 @@ public:
         m_portName = std::move(name);
     }
     void SetIpAddress(std::wstring address) { m_ipAddress = std::move(address); }
+    // The description learnt for a port name, kept for the life of this object: a port's
+    // description is its monitor's, which does not change while the port exists. Null when
+    // none was learnt for that name.
+    const std::wstring* KnownPortDescription(const std::wstring& portName) const noexcept {
+        return m_describedPort && *m_describedPort == portName ? &m_portDescription : nullptr;
+    }
+    void KeepPortDescription(const std::wstring& portName, std::wstring description) {
+        m_describedPort = portName;
+        m_portDescription = std::move(description);
+    }
     void ReplaceXcvHandle(HANDLE xcv) noexcept { m_xcv.reset(xcv); }
+
+    // As ReadValue reads them, the bytes a value of that type holds.
+    static ValueRead ValueFromData(DWORD type, const BYTE* data, DWORD size, zx::unique_variant& value);
 
 private:
     zx::unique_spooler_handle OpenWithFullAccess() const;
@@ -74,4 +111,19 @@ private:
     std::wstring m_ipAddress;
     std::wstring m_serverName;
     std::vector<BYTE> m_printerInfo;
+    std::optional<std::wstring> m_describedPort;
+    std::wstring m_portDescription;
+};
+
+// The printer's driver data for one accessory query, read as ReadValue reads each value: all
+// values with one spooler call when the spooler lists them, otherwise each with its own.
+class VStoredValues {
+public:
+    explicit VStoredValues(VPrinterAccess& printer);
+    VPrinterAccess::ValueRead Read(const wchar_t* name, zx::unique_variant& value) const;
+
+private:
+    VPrinterAccess& m_printer;
+    std::vector<BYTE> m_listed;  // PRINTER_ENUM_VALUESW records; empty: read each value
+    DWORD m_count = 0;
 };

@@ -103,12 +103,29 @@ HRESULT VUDMClient::CreateDataCollection(IDeviceAddress* address, IDeviceDataCol
     return create(address, dataMapPath.c_str(), collection, nullptr);
 }
 
-IBiDiData* VUDMClient::GetData() {
-    const DWORD now = ::GetTickCount();
-    if (m_record && now - m_lastQueryTick < kRecordReuseMilliseconds) return m_record.get();
-    IBiDiData* record = QueryAccessories().get();
-    m_lastQueryTick = ::GetTickCount();
+IBiDiData* VUDMClient::GetData() noexcept {
+    if (m_notifying && m_notifiedRecord != nullptr) return m_notifiedRecord;
+    IBiDiData* record = nullptr;
+    try {
+        record = QueryAccessories().get();
+    } catch (...) {
+        static VIOData defaultRecord;  // never changed: records are changed only through m_record
+        record = m_record ? m_record.get() : &defaultRecord;
+    }
+    if (m_notifying) m_notifiedRecord = record;
     return record;
+}
+
+void VUDMClient::Notify() {
+    struct NotificationScope {
+        explicit NotificationScope(VUDMClient& client) : client(client) { client.m_notifying = true; }
+        ~NotificationScope() {
+            client.m_notifying = false;
+            client.m_notifiedRecord = nullptr;
+        }
+        VUDMClient& client;
+    } scope(*this);
+    VUINotifer::Notify();
 }
 
 VIOData& VUDMClient::EnsureRecord() {

@@ -49,11 +49,13 @@ public:
     HRESULT CreateDataCollection(IDeviceAddress* address, IDeviceDataCollection** collection,
                                  std::wstring& dataMapPath);
 
-    // The accessory record after an accessory query; valid as long as the client lives. A record
-    // answered less than kRecordReuseMilliseconds ago is handed out again without asking: the
-    // PrintTicket provider notifies on every conversion, and a printer's accessories do not
-    // change from one conversion to the next.
-    IBiDiData* GetData() override;
+    // The accessory record after an accessory query; valid as long as the client lives. Within a
+    // notification the query runs once and every observer told gets its record; outside one,
+    // every call queries. A query that fails by an exception gives the record the client has,
+    // or the default record.
+    IBiDiData* GetData() noexcept override;
+    // Tells every observer, with one accessory query for all of them.
+    void Notify() override;
 
     // Accessory detection.
     std::shared_ptr<VIOData> QueryAccessories();
@@ -72,8 +74,8 @@ private:
     HMODULE LoadHelperLibrary(const wchar_t* fileName, zx::unique_hmodule& module);
     VIOData& EnsureRecord();
     std::shared_ptr<VIOData> DefaultsRecord();
-    void ApplyStoredAnswers(VIOData& record);
-    std::wstring StoredIdentity();
+    void ApplyStoredAnswers(const VStoredValues& stored, VIOData& record);
+    std::wstring StoredIdentity(const VStoredValues& stored);
 
     std::shared_ptr<VIOData> m_record;
     VPrinterAccess m_printer;
@@ -81,10 +83,9 @@ private:
     zx::unique_hmodule m_deviceModel;
     zx::unique_hmodule m_bidiIo;
     bool m_connected = false;
-    DWORD m_lastQueryTick = 0;
+    bool m_notifying = false;
+    IBiDiData* m_notifiedRecord = nullptr;  // the record of the notification under way
 };
-
-inline constexpr DWORD kRecordReuseMilliseconds = 2000;
 
 // Sets the model markers of the record from the device identity text.
 void MatchModelFamily(VIOData& record, const std::wstring& identity);

@@ -29,9 +29,14 @@ inline constexpr DWORD Entries = 0x2;
 inline constexpr DWORD Exits = 0x4;
 }  // namespace MonitorFlag
 
+// The monitor is a COM object of the apartment of the thread that first configures it, which
+// initialises COM for it when needed. Only that thread uses COM here: it replaces the monitor,
+// tells it of its own function traces, says goodbye and uninitialises. Calls from other threads
+// are not passed on.
 class CExternalMonitor {
 public:
     explicit CExternalMonitor(std::wstring executable) : m_executable(std::move(executable)) {}
+    // On the monitor's thread, says goodbye; on any other, leaves the monitor as Abandon does.
     ~CExternalMonitor();
     CExternalMonitor(const CExternalMonitor&) = delete;
     CExternalMonitor& operator=(const CExternalMonitor&) = delete;
@@ -47,6 +52,10 @@ public:
     void Abandon() noexcept;
 
 private:
+    // True on the thread whose apartment holds the monitor, or on any thread before there is one.
+    bool OnMonitorThread() const noexcept;
+
+    DWORD m_thread = 0;
     std::wstring m_executable;
     std::wstring m_classId;
     std::wstring m_lastClass;

@@ -43,11 +43,8 @@ CLogFunction::CLogFunction(CLogModule& module, const wchar_t* sourceFile, const 
     : m_result(initialResult),
       m_exceptionState(unhandledException ? TraceState::Unhandled : TraceState::None),
       m_line(line),
-      m_module(module),
-      m_sourceFile(sourceFile ? sourceFile : L""),
-      m_functionName(functionName ? functionName : L"") {
-    SplitFunctionName(m_functionName, m_shortName, m_className);
-    Enter(Category::FunctionEntry, m_functionName);
+      m_module(module) {
+    if (TakeNames(sourceFile, functionName)) Enter(Category::FunctionEntry, m_functionName);
 }
 
 CLogFunction::CLogFunction(CLogModule& module, const wchar_t* sourceFile, const wchar_t* functionName, int line,
@@ -55,10 +52,8 @@ CLogFunction::CLogFunction(CLogModule& module, const wchar_t* sourceFile, const 
     : m_result(initialResult),
       m_exceptionState(unhandledException ? TraceState::Unhandled : TraceState::None),
       m_line(line),
-      m_module(module),
-      m_sourceFile(sourceFile ? sourceFile : L""),
-      m_functionName(functionName ? functionName : L"") {
-    SplitFunctionName(m_functionName, m_shortName, m_className);
+      m_module(module) {
+    if (!TakeNames(sourceFile, functionName)) return;
     wchar_t formatted[kParameterCapacity] = {};
     va_list arguments;
     va_start(arguments, parameters);
@@ -76,22 +71,46 @@ CLogFunction::CLogFunction(CLogModule& module, const wchar_t* sourceFile, const 
     }
     va_end(arguments);
     formatted[kParameterCapacity - 1] = L'\0';
-    Enter(readable ? Category::FunctionEntry | Category::Parameters : Category::FunctionEntry,
-          readable ? m_functionName + L", " + formatted : m_functionName);
+    if (!readable) {
+        Enter(Category::FunctionEntry, m_functionName);
+        return;
+    }
+    try {
+        Enter(Category::FunctionEntry | Category::Parameters, m_functionName + L", " + formatted);
+    } catch (...) {
+        m_quiet = true;  // no memory for the entry line's text
+    }
 }
 
-void CLogFunction::Enter(DWORD kind, const std::wstring& text) {
+bool CLogFunction::TakeNames(const wchar_t* sourceFile, const wchar_t* functionName) noexcept {
+    try {
+        m_sourceFile = sourceFile ? sourceFile : L"";
+        m_functionName = functionName ? functionName : L"";
+        SplitFunctionName(m_functionName, m_shortName, m_className);
+    } catch (...) {
+        m_quiet = true;
+    }
+    return !m_quiet;
+}
+
+// Out of memory the trace keeps what it managed to do; the exit undoes only that.
+void CLogFunction::Enter(DWORD kind, const std::wstring& text) noexcept {
     CLastErrorRestore keepLastError;
     ::QueryPerformanceCounter(&m_start);
-    m_module.WriteLine(SourceOrModule(m_sourceFile), kind, this, text.c_str());
-    m_module.Indent(SourceOrModule(m_sourceFile), +1);
-    m_module.MonitorEnter(m_className, FunctionText());
+    try {
+        m_module.WriteLine(SourceOrModule(m_sourceFile), kind, this, text.c_str());
+        m_module.Indent(SourceOrModule(m_sourceFile), +1);
+        m_indented = true;
+        m_module.MonitorEnter(m_className, FunctionText());
+    } catch (...) {
+    }
 }
 
 CLogFunction::~CLogFunction() {
+    if (m_quiet) return;
     CLastErrorRestore keepLastError;
     try {
-        m_module.Indent(SourceOrModule(m_sourceFile), -1);
+        if (m_indented) m_module.Indent(SourceOrModule(m_sourceFile), -1);
         std::wstring text = FunctionText();
         if (m_module.SettingsFor(SourceOrModule(m_sourceFile)).options & Option::Duration) {
             LARGE_INTEGER now, frequency;
@@ -99,7 +118,7 @@ CLogFunction::~CLogFunction() {
             if (!::QueryPerformanceFrequency(&frequency) || frequency.QuadPart == 0) frequency.QuadPart = 1000000;
             wchar_t duration[64];
             std::swprintf(duration, 64, L" (Dur: %lld us) ",
-                          (now.QuadPart - m_start.QuadPart) * 1000000 / frequency.QuadPart);
+                          MicrosecondsOf(now.QuadPart - m_start.QuadPart, frequency.QuadPart));
             text += duration;
         }
         if (m_exceptionState == TraceState::Handled) text += L"(handled exception) ";
@@ -121,10 +140,10 @@ CLogFunction::~CLogFunction() {
     }
 }
 
-void CLogFunction::WriteResult(const std::wstring& text, DWORD value) {
+void CLogFunction::WriteResult(const wchar_t* text, DWORD value) {
     CLastErrorRestore keepLastError;
     m_result = value;
-    m_module.WriteLine(SourceOrModule(m_sourceFile), Category::Result, nullptr, text.c_str());
+    if (!m_quiet) m_module.WriteLine(SourceOrModule(m_sourceFile), Category::Result, nullptr, text);
 }
 
 void CLogFunction::ReturnInt(int value) {

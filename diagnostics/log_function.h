@@ -27,6 +27,7 @@ inline constexpr DWORD Handled = 2;
 inline constexpr DWORD Unhandled = 3;
 }  // namespace TraceState
 
+// Without memory for its texts a trace writes nothing; it never throws to its function.
 class CLogFunction {
 public:
     // Writes the entry line. A set exception flag starts the trace in the unhandled state.
@@ -52,8 +53,10 @@ public:
     const std::wstring& ClassName() const noexcept { return m_className; }
 
 private:
-    void Enter(DWORD kind, const std::wstring& text);
-    void WriteResult(const std::wstring& text, DWORD value);
+    // Takes the names; false when memory for them cannot be had.
+    bool TakeNames(const wchar_t* sourceFile, const wchar_t* functionName) noexcept;
+    void Enter(DWORD kind, const std::wstring& text) noexcept;
+    void WriteResult(const wchar_t* text, DWORD value);
     const std::wstring& FunctionText() const { return m_shortName.empty() ? m_functionName : m_shortName; }
 
     DWORD m_result;
@@ -65,6 +68,8 @@ private:
     std::wstring m_functionName;
     std::wstring m_className;
     std::wstring m_shortName;
+    bool m_quiet = false;     // writes nothing at all
+    bool m_indented = false;  // the entry grew the file's indentation
 };
 
 // Splits a function name at its "::" separators outside angle brackets (the first 255

@@ -11,7 +11,6 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cwchar>
-#include <new>
 #include <ostream>
 #include <vector>
 
@@ -160,14 +159,22 @@ CLogModule::~CLogModule() { ::DeleteCriticalSection(&m_lock); }
 
 // Shared blocks and the external monitor wait for the first line: none of it may run while the
 // loader lock is held, and the module is made when the plug-in is loaded.
-void CLogModule::EnsureInitialised() {
-    if (m_initialised) return;
-    m_initialised = true;
-    const std::wstring base = WithoutExtension(FileNameOf(ModulePath(zx::ModuleInstance()))) +
-                              Format(L"[%ld]", static_cast<long>(::GetCurrentProcessId()));
-    m_registryBlock = std::make_unique<CSharedBlock>(base + L"RegValues", kRegistryBlockSize);
-    m_monitorBlock = std::make_unique<CSharedBlock>(base + L"ExtMonitor", kMonitorBlockSize);
-    m_monitor = std::make_unique<CExternalMonitor>(FileNameOf(m_executablePath));
+bool CLogModule::EnsureInitialised() noexcept {
+    if (m_initialised) return true;
+    try {
+        const std::wstring base = WithoutExtension(FileNameOf(ModulePath(zx::ModuleInstance()))) +
+                                  Format(L"[%ld]", static_cast<long>(::GetCurrentProcessId()));
+        auto registryBlock = std::make_unique<CSharedBlock>(base + L"RegValues", kRegistryBlockSize);
+        auto monitorBlock = std::make_unique<CSharedBlock>(base + L"ExtMonitor", kMonitorBlockSize);
+        auto monitor = std::make_unique<CExternalMonitor>(FileNameOf(m_executablePath));
+        m_registryBlock = std::move(registryBlock);
+        m_monitorBlock = std::move(monitorBlock);
+        m_monitor = std::move(monitor);
+        m_initialised = true;
+    } catch (...) {
+        // Out of memory: the module stays as it was.
+    }
+    return m_initialised;
 }
 
 bool CLogModule::RegistryDue() const {
@@ -251,12 +258,12 @@ CLogFileEntry* CLogModule::FileEntry(const std::wstring& configuredName) {
     const DWORD length =
         ::ExpandEnvironmentStringsW(configuredName.c_str(), expanded, static_cast<DWORD>(kPathCapacity));
     if (length == 0 || length > kPathCapacity) return nullptr;
-    std::unique_ptr<CLogFileEntry>& entry = m_files[expanded];
-    if (!entry) {
-        entry = std::make_unique<CLogFileEntry>();
-        entry->name = expanded;
-    }
-    return entry.get();
+    const auto known = m_files.find(expanded);
+    if (known != m_files.end()) return known->second.get();
+    // Made whole before it is kept: out of memory, no half-made entry stays behind.
+    auto entry = std::make_unique<CLogFileEntry>();
+    entry->name = expanded;
+    return m_files.emplace(expanded, std::move(entry)).first->second.get();
 }
 
 CLogSettings& CLogModule::RecordFor(const wchar_t* sourceFile) {
@@ -277,7 +284,7 @@ CLogSettings CLogModule::SettingsFor(const wchar_t* sourceFile) {
 // more than a look at the settings in memory.
 bool CLogModule::IsEnabled(const wchar_t* sourceFile, DWORD kind) {
     Lock lock(m_lock);
-    EnsureInitialised();
+    if (!EnsureInitialised()) return false;
     if (RegistryDue()) {
         CSharedBlock::Access access(*m_registryBlock);
         if (!access) return false;
@@ -306,7 +313,7 @@ std::wstring CLogModule::ComposePrefix(const CLogSettings& settings, DWORD kind,
     LARGE_INTEGER counter, frequency;
     ::QueryPerformanceCounter(&counter);
     if (!::QueryPerformanceFrequency(&frequency) || frequency.QuadPart == 0) frequency.QuadPart = 1000000;
-    const long long microseconds = counter.QuadPart * 1000000 / frequency.QuadPart;
+    const long long microseconds = MicrosecondsOf(counter.QuadPart, frequency.QuadPart);
     if (options & Option::Counter) {
         prefix += Format(compact ? L":%010lld " : L"%010lld ", microseconds % 10000000000LL);
     }
@@ -400,9 +407,15 @@ void CLogModule::WriteComposed(CLogSettings& settings, DWORD kind, const std::ws
     if (settings.file) WriteToFile(settings, *settings.file, Utf8(line));
 }
 
+// A file that stays closed in a long-running process must not hold its lines for ever.
 void CLogModule::Queue(const std::string& line) {
-    if (m_queue.empty()) m_queue.push_back("--- Queued Lines Start ---\r\n");
     m_queue.push_back(line);
+    m_queuedBytes += line.size();
+    while (!m_queue.empty() && (m_queue.size() > kQueueLineLimit || m_queuedBytes > kQueueByteLimit)) {
+        m_queuedBytes -= m_queue.front().size();
+        m_queue.pop_front();
+        ++m_droppedLines;
+    }
 }
 
 namespace {
@@ -425,7 +438,23 @@ bool Append(HANDLE file, const std::string& bytes) {
                              written == bytes.size());
 }
 
+void ReportUnopenable(const std::wstring& path, DWORD error) {
+    ::OutputDebugStringW(
+        (L"Unable to open log file:\r\n<" + path + L">\r\n" + CLogModule::ErrorText(error) + L"\r\n").c_str());
+}
+
 }  // namespace
+
+void CLogModule::WriteQueue(HANDLE file, const char* endMarker) {
+    if (m_queue.empty() && m_droppedLines == 0) return;
+    Append(file, "--- Queued Lines Start ---\r\n");
+    if (m_droppedLines != 0) Append(file, "--- " + std::to_string(m_droppedLines) + " Queued Lines Dropped ---\r\n");
+    for (const std::string& queued : m_queue) Append(file, queued);
+    Append(file, endMarker);
+    m_queue.clear();
+    m_queuedBytes = 0;
+    m_droppedLines = 0;
+}
 
 void CLogModule::WriteToFile(CLogSettings& settings, CLogFileEntry& file, const std::string& line) {
     const DWORD limit = (settings.options & Option::SizeLimitKiB) * 1024;
@@ -434,23 +463,20 @@ void CLogModule::WriteToFile(CLogSettings& settings, CLogFileEntry& file, const 
         file.restart = false;
         file.opened = false;
     }
-    if (!file.opened && !OpenFirstTime(settings, file)) {
+    DWORD error = ERROR_SUCCESS;
+    std::wstring attempted;
+    if (!file.opened && !OpenFirstTime(settings, file, error, attempted)) {
         Queue(line);
+        ReportUnopenable(attempted, error);
         return;
     }
-    DWORD error = ERROR_SUCCESS;
     zx::unique_file handle = OpenForAppending(file.fullPath, error);
     if (!handle) {
         Queue(line);
-        ::OutputDebugStringW(
-            (L"Unable to open log file:\r\n<" + file.fullPath + L">\r\n" + ErrorText(error) + L"\r\n").c_str());
+        ReportUnopenable(file.fullPath, error);
         return;
     }
-    if (!m_queue.empty()) {
-        for (const std::string& queued : m_queue) Append(handle.get(), queued);
-        Append(handle.get(), "--- Queued Lines End ---\r\n");
-        m_queue.clear();
-    }
+    WriteQueue(handle.get(), "--- Queued Lines End ---\r\n");
     Append(handle.get(), line);
     file.size = ::GetFileSize(handle.get(), nullptr);
     if (limit && file.size >= limit) {
@@ -462,24 +488,33 @@ void CLogModule::WriteToFile(CLogSettings& settings, CLogFileEntry& file, const 
     }
 }
 
-bool CLogModule::OpenFirstTime(CLogSettings& settings, CLogFileEntry& file) {
-    std::wstring path = file.name;
+bool CLogModule::OpenFirstTime(CLogSettings& settings, CLogFileEntry& file, DWORD& error, std::wstring& path) {
+    path = file.name;
     if (path.find_first_of(L"\\/:") == std::wstring::npos) {
         wchar_t folder[MAX_PATH];
-        if (FAILED(::SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA | CSIDL_FLAG_CREATE, nullptr, 0, folder)))
+        const HRESULT found = ::SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA | CSIDL_FLAG_CREATE, nullptr, 0, folder);
+        if (FAILED(found)) {
+            error = static_cast<DWORD>(found);
             return false;
+        }
         path = std::wstring(folder) + L"\\" + path;
     }
     if (settings.options & Option::UniqueName) {
         const size_t slash = path.find_last_of(L"\\/");
         wchar_t unique[MAX_PATH], longPath[MAX_PATH];
-        if (!::GetTempFileNameW(path.substr(0, slash).c_str(), path.substr(slash + 1).c_str(), 0, unique)) return false;
+        if (!::GetTempFileNameW(path.substr(0, slash).c_str(), path.substr(slash + 1).c_str(), 0, unique)) {
+            error = ::GetLastError();
+            return false;
+        }
         path = ::GetLongPathNameW(unique, longPath, MAX_PATH) ? longPath : unique;
     }
     const DWORD disposition = (settings.options & Option::Truncate) ? CREATE_ALWAYS : OPEN_ALWAYS;
     zx::unique_file created(::CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, disposition,
                                           FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!created) return false;
+    if (!created) {
+        error = ::GetLastError();
+        return false;
+    }
     file.size = ::GetFileSize(created.get(), nullptr);
     created.reset();
     wchar_t full[MAX_PATH];
@@ -511,13 +546,14 @@ void CLogModule::WriteHeader(CLogSettings& settings) {
 
 void CLogModule::FlushQueue() {
     Lock lock(m_lock);
-    if (m_queue.empty() || m_moduleSettings.file == nullptr || !m_moduleSettings.file->opened) return;
+    if ((m_queue.empty() && m_droppedLines == 0) || m_moduleSettings.file == nullptr ||
+        !m_moduleSettings.file->opened) {
+        return;
+    }
     DWORD error = ERROR_SUCCESS;
     zx::unique_file handle = OpenForAppending(m_moduleSettings.file->fullPath, error);
     if (!handle) return;
-    for (const std::string& queued : m_queue) Append(handle.get(), queued);
-    Append(handle.get(), "--- Queued Lines End (user flush) ---\r\n");
-    m_queue.clear();
+    WriteQueue(handle.get(), "--- Queued Lines End (user flush) ---\r\n");
     m_moduleSettings.file->size = ::GetFileSize(handle.get(), nullptr);
 }
 
@@ -535,12 +571,14 @@ void CLogModule::Indent(const wchar_t* sourceFile, int step) {
 
 void CLogModule::MonitorEnter(const std::wstring& className, const std::wstring& shortName) {
     Lock lock(m_lock);
+    if (!m_initialised) return;
     CSharedBlock::Access access(*m_monitorBlock);
     if (access && m_monitor) m_monitor->Entered(className, shortName);
 }
 
 void CLogModule::MonitorLeave(const std::wstring& shortName) {
     Lock lock(m_lock);
+    if (!m_initialised) return;
     CSharedBlock::Access access(*m_monitorBlock);
     if (access && m_monitor) m_monitor->Left(shortName);
 }
@@ -580,14 +618,21 @@ void CLogModule::PrepareForUnload() noexcept {
     if (m_monitor) m_monitor->Abandon();
 }
 
+long long MicrosecondsOf(long long counter, long long frequency) noexcept {
+    return counter / frequency * 1000000 + counter % frequency * 1000000 / frequency;
+}
+
 namespace {
 CLogModule* g_pluginLog = nullptr;
 constexpr DWORD kPluginPollSeconds = 30;
 }  // namespace
 
 void CreatePluginLog() noexcept {
-    if (g_pluginLog == nullptr) {
-        g_pluginLog = new (std::nothrow) CLogModule(L"zxtaluUI14", __DATE__, __TIME__, 0, kPluginPollSeconds);
+    if (g_pluginLog != nullptr) return;
+    try {
+        g_pluginLog = new CLogModule(L"zxtaluUI14", __DATE__, __TIME__, 0, kPluginPollSeconds);
+    } catch (...) {
+        g_pluginLog = nullptr;  // the constructor's own allocations may fail too
     }
 }
 

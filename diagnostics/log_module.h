@@ -121,7 +121,8 @@ public:
 
 private:
     class Lock;
-    void EnsureInitialised();
+    // False when memory for it cannot be had; the next line tries again.
+    bool EnsureInitialised() noexcept;
     bool RegistryDue() const;
     void ReadRegistry();
     CLogSettings& RecordFor(const wchar_t* sourceFile);
@@ -130,9 +131,12 @@ private:
     void WriteCopied(const wchar_t* sourceFile, DWORD kind, const CLogFunction* trace, const std::wstring& text);
     void WriteComposed(CLogSettings& settings, DWORD kind, const std::wstring& prefix, const std::wstring& text);
     void WriteToFile(CLogSettings& settings, CLogFileEntry& file, const std::string& line);
-    bool OpenFirstTime(CLogSettings& settings, CLogFileEntry& file);
+    // False when the file cannot be made; error and path then tell why and where.
+    bool OpenFirstTime(CLogSettings& settings, CLogFileEntry& file, DWORD& error, std::wstring& path);
     void WriteHeader(CLogSettings& settings);
     void Queue(const std::string& line);
+    // Writes the queued lines, between their start marker and endMarker, and empties the queue.
+    void WriteQueue(HANDLE file, const char* endMarker);
 
     std::wstring m_moduleName;
     std::wstring m_executablePath;
@@ -154,11 +158,23 @@ private:
     DWORD m_lastReading = 0;
     bool m_everRead = false;
     LARGE_INTEGER m_lastLine{};
+    // Lines that wait for their file to open: at most kQueueLineLimit lines and kQueueByteLimit
+    // bytes, the oldest dropped first and counted.
     std::deque<std::string> m_queue;
+    size_t m_queuedBytes = 0;
+    unsigned long m_droppedLines = 0;
 };
 
+inline constexpr size_t kQueueLineLimit = 1000;
+inline constexpr size_t kQueueByteLimit = 1024 * 1024;
+
+// Microseconds since the performance counter's start; exact for any uptime (counter * 1000000
+// would overflow after about 10.7 days at 10 MHz).
+long long MicrosecondsOf(long long counter, long long frequency) noexcept;
+
 // The plug-in's own log module "zxtaluUI14": made when the plug-in is loaded (only what is safe
-// under the loader lock happens then), destroyed when it is unloaded.
+// under the loader lock happens then), destroyed when it is unloaded. Without memory for it the
+// plug-in has no log.
 void CreatePluginLog() noexcept;
 CLogModule* PluginLog() noexcept;
 void DestroyPluginLog() noexcept;

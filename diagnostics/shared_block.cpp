@@ -12,11 +12,12 @@ bool Acquire(HANDLE mutex) {
 }
 }  // namespace
 
-CSharedBlock::CSharedBlock(const std::wstring& base, DWORD size) noexcept {
-    m_mutex.reset(::CreateMutexW(nullptr, FALSE, (base + L"Lock").c_str()));
+CSharedBlock::CSharedBlock(const std::wstring& base, DWORD size) {
+    const std::wstring mutexName = base + L"Lock";
+    const std::wstring mappingName = base + L"MappedFile";
+    m_mutex.reset(::CreateMutexW(nullptr, FALSE, mutexName.c_str()));
     if (!m_mutex || !Acquire(m_mutex.get())) return;
-    m_mapping.reset(
-        ::CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, size, (base + L"MappedFile").c_str()));
+    m_mapping.reset(::CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, size, mappingName.c_str()));
     const bool created = m_mapping && ::GetLastError() != ERROR_ALREADY_EXISTS;
     if (m_mapping) m_view = ::MapViewOfFile(m_mapping.get(), FILE_MAP_ALL_ACCESS, 0, 0, size);
     if (m_view) {

@@ -13,8 +13,9 @@ namespace NGLogging {
 class CSharedBlock {
 public:
     // The mutex base + "Lock" and the mapping base + "MappedFile" of `size` bytes; the first
-    // 32-bit word counts the users and goes up with each attach.
-    CSharedBlock(const std::wstring& base, DWORD size) noexcept;
+    // 32-bit word counts the users and goes up with each attach. Throws std::bad_alloc when the
+    // names cannot be made, before anything is taken.
+    CSharedBlock(const std::wstring& base, DWORD size);
     ~CSharedBlock();
     CSharedBlock(const CSharedBlock&) = delete;
     CSharedBlock& operator=(const CSharedBlock&) = delete;

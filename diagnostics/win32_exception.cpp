@@ -41,9 +41,13 @@ bool IsProcessorFault(DWORD code) {
     }
 }
 
+// Runs for every exception of every thread while a guarded call is in progress anywhere. The
+// code is tested before anything else: the first look at a thread's guard allocates that
+// thread's storage, which must not happen during the dispatch of an exception not meant for us.
 LONG CALLBACK ResumeAtGuard(PEXCEPTION_POINTERS info) {
+    if (!IsProcessorFault(info->ExceptionRecord->ExceptionCode)) return EXCEPTION_CONTINUE_SEARCH;
     GuardFrame* guard = t_guard;
-    if (guard == nullptr || !IsProcessorFault(info->ExceptionRecord->ExceptionCode)) return EXCEPTION_CONTINUE_SEARCH;
+    if (guard == nullptr) return EXCEPTION_CONTINUE_SEARCH;
     guard->fault = *info->ExceptionRecord;
     guard->faulted = 1;
     *info->ContextRecord = guard->resume;

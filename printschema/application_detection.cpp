@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <array>
 #include <cwchar>
+#include <iterator>
+#include <optional>
 #include <vector>
 
 using namespace PrintSchema;
@@ -56,6 +58,30 @@ constexpr struct {
 } kRenamedApplications[] = {
     {L"Print Server", L"WordPerfect"},
 };
+
+// The characters of XML names, colon excluded (a name's local part): those that may start a
+// name, and those that may only follow. Characters beyond the 16-bit range (surrogate pairs) all
+// may start a name.
+struct CharacterRange {
+    wchar_t first, last;
+};
+constexpr CharacterRange kNameStartCharacters[] = {
+    {L'A', L'Z'},     {L'_', L'_'},     {L'a', L'z'},     {0x00C0, 0x00D6}, {0x00D8, 0x00F6},
+    {0x00F8, 0x02FF}, {0x0370, 0x037D}, {0x037F, 0x1FFF}, {0x200C, 0x200D}, {0x2070, 0x218F},
+    {0x2C00, 0x2FEF}, {0x3001, 0xD7FF}, {0xF900, 0xFDCF}, {0xFDF0, 0xFFFD},
+};
+constexpr CharacterRange kNameFollowingCharacters[] = {
+    {L'-', L'-'}, {L'.', L'.'}, {L'0', L'9'}, {0x00B7, 0x00B7}, {0x0300, 0x036F}, {0x203F, 0x2040},
+};
+
+template <size_t N>
+bool InRanges(const CharacterRange (&ranges)[N], wchar_t c) {
+    return std::any_of(std::begin(ranges), std::end(ranges),
+                       [c](const CharacterRange& range) { return c >= range.first && c <= range.last; });
+}
+
+bool IsHighSurrogate(wchar_t c) { return c >= 0xD800 && c <= 0xDB7F; }  // up to U+EFFFF
+bool IsLowSurrogate(wchar_t c) { return c >= 0xDC00 && c <= 0xDFFF; }
 
 struct LanguageAndCodePage {
     WORD language;
@@ -132,11 +158,17 @@ void ReadFileDescription(const wchar_t* path, VStringBuffer& name) {
     }
 }
 
+// The process the spooler says the print host serves now; 0 when it does not say.
+DWORD SpoolerClient() {
+    PrintExecutionData execution{};
+    return CurrentProcessInspection().getPrintExecutionData(&execution) ? execution.clientProcessId : 0;
+}
+
 void NameSpoolerClient(VStringBuffer& name) {
     const ProcessInspection& inspect = CurrentProcessInspection();
-    PrintExecutionData execution{};
-    if (!inspect.getPrintExecutionData(&execution) || execution.clientProcessId == 0) return;
-    const InspectedProcess client(inspect.openProcess(kAllAccess, FALSE, execution.clientProcessId));
+    const DWORD clientId = SpoolerClient();
+    if (clientId == 0) return;
+    const InspectedProcess client(inspect.openProcess(kAllAccess, FALSE, clientId));
     if (client.get() == nullptr) return;
     PathBuffer path{};
     if (ReadModulePath(client.get(), nullptr, path)) ReadFileDescription(path.data(), name);
@@ -191,6 +223,39 @@ void ApplyRenames(VStringBuffer& name) {
     }
 }
 
+// What the process learnt about the printing application, for the inspection table of its
+// generation.
+struct KnownApplication {
+    bool known = false;
+    unsigned generation = 0;
+    bool servesClients = false;  // the print host of 32-bit applications
+    DWORD client = 0;            // the client the name belongs to, when it serves clients
+    std::wstring name;
+};
+SRWLOCK g_knownLock = SRWLOCK_INIT;
+KnownApplication g_known;
+
+std::optional<std::wstring> KnownName(unsigned generation) {
+    ::AcquireSRWLockShared(&g_knownLock);
+    const KnownApplication known = g_known;
+    ::ReleaseSRWLockShared(&g_knownLock);
+    if (!known.known || known.generation != generation) return std::nullopt;
+    if (known.servesClients && SpoolerClient() != known.client) return std::nullopt;
+    return known.name;
+}
+
+void Remember(const KnownApplication& application) {
+    ::AcquireSRWLockExclusive(&g_knownLock);
+    g_known = application;
+    ::ReleaseSRWLockExclusive(&g_knownLock);
+}
+
+bool ServesSpoolerClients() {
+    PathBuffer path{};
+    const HostRule* host = ReadOwnPath(path) ? FindHostRule(path) : nullptr;
+    return host != nullptr && host->evidence == Evidence::SpoolerClient;
+}
+
 // The replacement is built before the old feature is removed, so that a failure to build it
 // leaves the ticket as it was.
 HRESULT WriteApplicationTracking(VPrintTicketHandler& ticket, const wchar_t* application) {
@@ -218,15 +283,41 @@ VStringBuffer DetectPrintingApplication() {
         }
     }
     ApplyRenames(name);
-    name.Replace(L' ', L'_');
+    MakeOptionName(name);
     return name;
+}
+
+void MakeOptionName(VStringBuffer& name) {
+    std::wstring valid(name.c_str(), name.Length());
+    for (size_t at = 0; at < valid.size(); ++at) {
+        if (IsHighSurrogate(valid[at]) && at + 1 < valid.size() && IsLowSurrogate(valid[at + 1])) {
+            ++at;
+        } else if (!InRanges(kNameStartCharacters, valid[at]) && !InRanges(kNameFollowingCharacters, valid[at])) {
+            valid[at] = L'_';
+        }
+    }
+    if (!valid.empty() && !IsHighSurrogate(valid[0]) && !InRanges(kNameStartCharacters, valid[0])) {
+        valid.insert(valid.begin(), L'_');
+    }
+    if (valid.size() > kMaxApplicationName) valid.resize(kMaxApplicationName);
+    if (!valid.empty() && IsHighSurrogate(valid.back())) valid.pop_back();  // its pair was cut off
+    SetName(name, valid.c_str(), valid.size());
+}
+
+std::wstring PrintingApplicationName() {
+    const unsigned generation = ProcessInspectionGeneration();
+    if (std::optional<std::wstring> known = KnownName(generation)) return *known;
+    KnownApplication application{true, generation, ServesSpoolerClients(), 0, {}};
+    if (application.servesClients) application.client = SpoolerClient();
+    application.name = DetectPrintingApplication().c_str();
+    Remember(application);
+    return application.name;
 }
 
 void RecordPrintingApplication(VPrintTicketHandler& ticket) noexcept {
     zx::CatchAll([&] {
         ZX_RETURN_IF_FAILED(
             ticket.FindPrefixedFeature(PrivateFeature::JobZXApplicationTracking, Prefix::Framework, Prefix::Private));
-        const VStringBuffer application = DetectPrintingApplication();
-        return WriteApplicationTracking(ticket, application.c_str());
+        return WriteApplicationTracking(ticket, PrintingApplicationName().c_str());
     });
 }

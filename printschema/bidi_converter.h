@@ -10,13 +10,13 @@ struct BidiSettings {
 
 class CBidiDMPTConv final : public CFeatureDMPTConvert<BidiSettings> {
 public:
-    HRESULT CompletePrintCapabilities(IXMLDOMDocument2* ticket, IXMLDOMDocument2* capabilities) override;
+    HRESULT CompletePrintCapabilities(IXMLDOMDocument2* ticket, VConversionDocument& capabilities) override;
 
 protected:
     HRESULT ReadDevMode(PDEVMODEW devMode, ULONG devModeSize, PVOID privateBlock, ULONG privateSize,
                         BidiSettings& settings) override;
-    HRESULT ReadPrintTicket(IXMLDOMDocument2* ticket, BidiSettings& settings) override;
+    HRESULT ReadPrintTicket(VConversionDocument& ticket, BidiSettings& settings) override;
     HRESULT WriteDevMode(const BidiSettings& settings, PDEVMODEW devMode, ULONG devModeSize, PVOID privateBlock,
                          ULONG privateSize) override;
-    HRESULT WritePrintTicket(const BidiSettings& settings, IXMLDOMDocument2* ticket) override;
+    HRESULT WritePrintTicket(const BidiSettings& settings, VConversionDocument& ticket) override;
 };

@@ -1,10 +1,9 @@
 #include "printschema/booklet_converter.h"
 
 #include "printschema/devmode_options.h"
+#include "printschema/option_names.h"
 #include "printschema/ticket_handler.h"
 #include "settings/feature_keywords.h"
-
-#include <oleauto.h>
 
 namespace {
 
@@ -28,32 +27,23 @@ constexpr const wchar_t* kBindingNames[kBindingOptionCount] = {L"Bale",
                                                                L"Trim",
                                                                L"None"};
 
-class VBookletPrintTicketHandler final : public VPrintTicketHandler {
-public:
-    using VPrintTicketHandler::VPrintTicketHandler;
+DWORD BindingIndexOf(BSTR option) {
+    const size_t position = PositionOfOptionName(option, kBindingNames);
+    return position < kBindingOptionCount ? static_cast<DWORD>(position) : kBindingNone;
+}
 
-    // The binding option's index, or kBindingNone for a name outside the table.
-    HRESULT ReadBinding(BookletSettings& entry) {
-        zx::unique_bstr option;
-        const HRESULT hr = GetSelectedOption(L"DocumentBinding", option.put());
-        if (FAILED(hr)) return hr;
-        entry.bindingOption = BindingIndexOf(option.get());
-        INT32 gutter = 0;
-        if (SUCCEEDED(GetScoredPropertyInt(L"DocumentBinding", L"BindingGutter", &gutter))) {
-            entry.gutter = static_cast<DWORD>(gutter);
-        }
-        return S_OK;
+// The binding option's index, or kBindingNone for a name outside the table.
+HRESULT ReadBinding(VPrintTicketHandler& ticket, BookletSettings& entry) {
+    zx::unique_bstr option;
+    const HRESULT hr = ticket.GetSelectedOption(L"DocumentBinding", option.put());
+    if (FAILED(hr)) return hr;
+    entry.bindingOption = BindingIndexOf(option.get());
+    INT32 gutter = 0;
+    if (SUCCEEDED(ticket.GetScoredPropertyInt(L"DocumentBinding", L"BindingGutter", &gutter))) {
+        entry.gutter = static_cast<DWORD>(gutter);
     }
-
-private:
-    static DWORD BindingIndexOf(BSTR option) {
-        for (DWORD index = 0; index < kBindingOptionCount; ++index) {
-            const zx::unique_bstr name = zx::MakeBstr(kBindingNames[index]);
-            if (::VarBstrCmp(option, name.get(), LOCALE_USER_DEFAULT, 0) == VARCMP_EQ) return index;
-        }
-        return kBindingNone;
-    }
-};
+    return S_OK;
+}
 
 bool IsValidEntry(const BookletSettings& entry) {
     return entry.featureIndex == 0 && entry.bindingOption < kBindingOptionCount;
@@ -69,10 +59,9 @@ HRESULT VBookletDMPrintticketConv::ReadDevMode(PDEVMODEW devMode, ULONG devModeS
                                    &settings.bindingOption);
 }
 
-HRESULT VBookletDMPrintticketConv::ReadPrintTicket(IXMLDOMDocument2* ticket, BookletSettings& settings) {
-    VBookletPrintTicketHandler handler(ticket);
+HRESULT VBookletDMPrintticketConv::ReadPrintTicket(VConversionDocument& ticket, BookletSettings& settings) {
     BookletSettings entry{};
-    HRESULT hr = handler.ReadBinding(entry);
+    HRESULT hr = ReadBinding(ticket.Ticket(), entry);
     if (hr == zx::kNotFound) {
         entry.bindingOption = kBindingNone;
         hr = S_OK;
@@ -94,11 +83,11 @@ HRESULT VBookletDMPrintticketConv::WriteDevMode(const BookletSettings& settings,
     return Helper()->SetOptions(devMode, devModeSize, TRUE, &pair, 1, &written, &result);
 }
 
-HRESULT VBookletDMPrintticketConv::WritePrintTicket(const BookletSettings& settings, IXMLDOMDocument2*) {
+HRESULT VBookletDMPrintticketConv::WritePrintTicket(const BookletSettings& settings, VConversionDocument&) {
     if (settings.bindingOption != kBindingNone && !IsValidEntry(settings)) return E_INVALIDARG;
     return S_OK;
 }
 
-HRESULT VBookletDMPrintticketConv::CompletePrintCapabilities(IXMLDOMDocument2*, IXMLDOMDocument2* capabilities) {
+HRESULT VBookletDMPrintticketConv::CompletePrintCapabilities(IXMLDOMDocument2*, VConversionDocument& capabilities) {
     return zx::CheckCapabilitiesDocument(capabilities);
 }

@@ -12,13 +12,13 @@ struct BookletSettings {
 
 class VBookletDMPrintticketConv final : public CFeatureDMPTConvert<BookletSettings> {
 public:
-    HRESULT CompletePrintCapabilities(IXMLDOMDocument2* ticket, IXMLDOMDocument2* capabilities) override;
+    HRESULT CompletePrintCapabilities(IXMLDOMDocument2* ticket, VConversionDocument& capabilities) override;
 
 protected:
     HRESULT ReadDevMode(PDEVMODEW devMode, ULONG devModeSize, PVOID privateBlock, ULONG privateSize,
                         BookletSettings& settings) override;
-    HRESULT ReadPrintTicket(IXMLDOMDocument2* ticket, BookletSettings& settings) override;
+    HRESULT ReadPrintTicket(VConversionDocument& ticket, BookletSettings& settings) override;
     HRESULT WriteDevMode(const BookletSettings& settings, PDEVMODEW devMode, ULONG devModeSize, PVOID privateBlock,
                          ULONG privateSize) override;
-    HRESULT WritePrintTicket(const BookletSettings& settings, IXMLDOMDocument2* ticket) override;
+    HRESULT WritePrintTicket(const BookletSettings& settings, VConversionDocument& ticket) override;
 };

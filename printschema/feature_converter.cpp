@@ -34,10 +34,10 @@ HRESULT CheckDevModeArguments(const void* devMode, const void* privateBlock, ULO
     return S_OK;
 }
 
-HRESULT CheckCapabilitiesDocument(IXMLDOMDocument2* capabilities) {
-    if (capabilities == nullptr) return E_POINTER;
-    return GuardConverter([capabilities] {
-        VPrintCapabilityHandler handler(capabilities);
+HRESULT CheckCapabilitiesDocument(VConversionDocument& capabilities) {
+    if (capabilities.Get() == nullptr) return E_POINTER;
+    return GuardConverter([&capabilities] {
+        capabilities.Capabilities();
         return S_OK;
     });
 }

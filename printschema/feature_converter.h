@@ -5,18 +5,21 @@
 
 #include "ddk/prcomoem.h"
 #include "device/notifier.h"
+#include "printschema/conversion_document.h"
 #include "util/result.h"
 #include "util/scoped.h"
 
+// The documents come wrapped for the call: every converter of one call works through the same
+// handler.
 class IFeatureDMPTConvert : public IObserver {
 public:
     virtual ~IFeatureDMPTConvert() = default;
-    virtual HRESULT ConvertPrintTicketToDevMode(IXMLDOMDocument2* ticket, ULONG devModeSize, PDEVMODEW devMode,
+    virtual HRESULT ConvertPrintTicketToDevMode(VConversionDocument& ticket, ULONG devModeSize, PDEVMODEW devMode,
                                                 ULONG privateSize, PVOID privateBlock) = 0;
     virtual HRESULT ConvertDevModeToPrintTicket(ULONG devModeSize, PDEVMODEW devMode, ULONG privateSize,
-                                                PVOID privateBlock, IXMLDOMDocument2* ticket) = 0;
+                                                PVOID privateBlock, VConversionDocument& ticket) = 0;
     // The PrintTicket may be null.
-    virtual HRESULT CompletePrintCapabilities(IXMLDOMDocument2* ticket, IXMLDOMDocument2* capabilities) = 0;
+    virtual HRESULT CompletePrintCapabilities(IXMLDOMDocument2* ticket, VConversionDocument& capabilities) = 0;
     virtual HRESULT PublishPrintTicketHelper(IPrintCoreHelperUni* helper) = 0;
     virtual HRESULT ValidatePrintTicket(IXMLDOMDocument2* ticket) = 0;
 };
@@ -44,10 +47,10 @@ HRESULT CheckConversionArguments(const void* devMode, const void* privateBlock, 
 HRESULT CheckDevModeArguments(const void* devMode, const void* privateBlock, ULONG devModeSize,
                               ULONG privateSize) noexcept;
 
-// The capabilities step of the converters that add nothing to PrintCapabilities: builds and drops
-// a PrintCapabilities handler on the document, which binds the document's query settings and
+// The capabilities step of the converters that add nothing to PrintCapabilities: makes sure the
+// document has its PrintCapabilities handler, which binds the document's query settings and
 // checks that its root declares the framework namespace.
-HRESULT CheckCapabilitiesDocument(IXMLDOMDocument2* capabilities);
+HRESULT CheckCapabilitiesDocument(VConversionDocument& capabilities);
 
 }  // namespace zx
 
@@ -60,9 +63,10 @@ public:
     // Keeps the accessory record of the notifying device-model client.
     void Update(ISubject* subject) override { m_deviceData = subject ? subject->GetData() : nullptr; }
 
-    HRESULT ConvertPrintTicketToDevMode(IXMLDOMDocument2* ticket, ULONG devModeSize, PDEVMODEW devMode,
+    HRESULT ConvertPrintTicketToDevMode(VConversionDocument& ticket, ULONG devModeSize, PDEVMODEW devMode,
                                         ULONG privateSize, PVOID privateBlock) override {
-        ZX_RETURN_IF_FAILED(zx::CheckConversionArguments(devMode, privateBlock, ticket, devModeSize, privateSize));
+        ZX_RETURN_IF_FAILED(
+            zx::CheckConversionArguments(devMode, privateBlock, ticket.Get(), devModeSize, privateSize));
         return zx::GuardConverter([&] {
             Settings settings{};
             ZX_RETURN_IF_FAILED(ReadDevMode(devMode, devModeSize, privateBlock, privateSize, settings));
@@ -72,8 +76,9 @@ public:
     }
 
     HRESULT ConvertDevModeToPrintTicket(ULONG devModeSize, PDEVMODEW devMode, ULONG privateSize, PVOID privateBlock,
-                                        IXMLDOMDocument2* ticket) override {
-        ZX_RETURN_IF_FAILED(zx::CheckConversionArguments(devMode, privateBlock, ticket, devModeSize, privateSize));
+                                        VConversionDocument& ticket) override {
+        ZX_RETURN_IF_FAILED(
+            zx::CheckConversionArguments(devMode, privateBlock, ticket.Get(), devModeSize, privateSize));
         return zx::GuardConverter([&] {
             Settings settings{};
             ZX_RETURN_IF_FAILED(ReadDevMode(devMode, devModeSize, privateBlock, privateSize, settings));
@@ -95,10 +100,10 @@ public:
 protected:
     virtual HRESULT ReadDevMode(PDEVMODEW devMode, ULONG devModeSize, PVOID privateBlock, ULONG privateSize,
                                 Settings& settings) = 0;
-    virtual HRESULT ReadPrintTicket(IXMLDOMDocument2* ticket, Settings& settings) = 0;
+    virtual HRESULT ReadPrintTicket(VConversionDocument& ticket, Settings& settings) = 0;
     virtual HRESULT WriteDevMode(const Settings& settings, PDEVMODEW devMode, ULONG devModeSize, PVOID privateBlock,
                                  ULONG privateSize) = 0;
-    virtual HRESULT WritePrintTicket(const Settings& settings, IXMLDOMDocument2* ticket) = 0;
+    virtual HRESULT WritePrintTicket(const Settings& settings, VConversionDocument& ticket) = 0;
 
     IPrintCoreHelperUni* Helper() const noexcept { return m_helper.Get(); }
     // Valid while the device-model client that handed it out lives; null before a notification.

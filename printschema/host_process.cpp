@@ -24,6 +24,7 @@ constexpr ProcessInspection kPlatform = {
 
 // Replaced only by tests, before the code under test runs.
 ProcessInspection g_current = kPlatform;
+volatile LONG g_generation = 0;
 
 }  // namespace
 
@@ -34,5 +35,8 @@ const ProcessInspection& RealProcessInspection() noexcept { return kPlatform; }
 ProcessInspection ReplaceProcessInspection(const ProcessInspection& inspection) noexcept {
     const ProcessInspection previous = g_current;
     g_current = inspection;
+    ::InterlockedIncrement(&g_generation);
     return previous;
 }
+
+unsigned ProcessInspectionGeneration() noexcept { return static_cast<unsigned>(g_generation); }

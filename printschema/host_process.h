@@ -29,3 +29,5 @@ const ProcessInspection& CurrentProcessInspection() noexcept;
 const ProcessInspection& RealProcessInspection() noexcept;
 // Replaces the whole table and returns the one it replaces.
 ProcessInspection ReplaceProcessInspection(const ProcessInspection& inspection) noexcept;
+// Changes with every replacement: what was learnt through an earlier table is forgotten.
+unsigned ProcessInspectionGeneration() noexcept;

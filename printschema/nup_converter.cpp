@@ -1,6 +1,7 @@
 #include "printschema/nup_converter.h"
 
 #include "printschema/devmode_options.h"
+#include "printschema/option_names.h"
 #include "printschema/print_schema_names.h"
 #include "printschema/ticket_writer.h"
 #include "settings/feature_keywords.h"
@@ -22,9 +23,9 @@ constexpr const wchar_t* kDirectionNames[] = {L"RightBottom", L"BottomRight", L"
                                               L"RightTop",    L"TopRight",    L"LeftTop",    L"TopLeft"};
 constexpr DWORD kDirectionCount = std::size(kDirectionNames);
 
-class VNUpPrintTicketHandler final : public VTicketWriter {
+class VNUpTicketWriter {
 public:
-    using VTicketWriter::VTicketWriter;
+    explicit VNUpTicketWriter(VTicketWriter& ticket) noexcept : m_ticket(ticket) {}
 
     // The first N-up feature of the ticket that shows more than one page per sheet, with its
     // direction; zx::kNotFound when the ticket has none.
@@ -33,27 +34,31 @@ public:
         for (DWORD feature = 0; feature < std::size(kNUpFeatures); ++feature) {
             zx::unique_bstr direction;  // an absent feature has no direction either: not found
             INT32 pages = 0;
-            hr = GetSubFeatureOption(kNUpFeatures[feature], L"PresentationDirection", direction.put());
-            if (SUCCEEDED(hr)) hr = GetScoredPropertyInt(kNUpFeatures[feature], L"PagesPerSheet", &pages);
+            hr = m_ticket.GetSubFeatureOption(kNUpFeatures[feature], L"PresentationDirection", direction.put());
+            if (SUCCEEDED(hr)) hr = m_ticket.GetScoredPropertyInt(kNUpFeatures[feature], L"PagesPerSheet", &pages);
             if (FAILED(hr) && hr != zx::kNotFound) return hr;
             if (FAILED(hr) || pages <= 1) continue;
             entry.featureIndex = feature;
             entry.pagesPerSheet = static_cast<DWORD>(pages);
-            for (DWORD index = 0; index < kDirectionCount; ++index) {
-                if (direction && std::wcscmp(direction.get(), kDirectionNames[index]) == 0) entry.direction = index;
-            }
+            const size_t position =
+                direction ? PositionOfOptionName(direction.get(), kDirectionNames) : kDirectionCount;
+            if (position < kDirectionCount) entry.direction = static_cast<DWORD>(position);
             return S_OK;
         }
         return hr;
     }
 
+    // A ticket without the N-up feature skips the N-up steps without failing, so that the
+    // converters after this one still write theirs.
     HRESULT WriteNUp(const NUpEntry& entry) {
         if (entry.featureIndex > 1 || entry.direction >= kDirectionCount) return E_INVALIDARG;
         zx::ComPtr<IXMLDOMNode> nup;
-        HRESULT hr = FindFeature(kNUpFeatures[entry.featureIndex], &nup);
+        HRESULT hr = m_ticket.FindFeature(kNUpFeatures[entry.featureIndex], &nup);
         if (SUCCEEDED(hr)) {
             hr = WriteDirection(nup.Get(), entry.direction);
             if (entry.borders == 1) hr = WriteBorders(nup.Get());
+        } else if (hr == zx::kNotFound) {
+            hr = S_OK;
         }
         WritePageRanges();
         return hr;
@@ -63,23 +68,24 @@ private:
     // The direction as a psk:PresentationDirection inside the N-up feature, in place of the
     // private one the ticket may carry.
     HRESULT WriteDirection(IXMLDOMNode* nup, DWORD direction) {
-        HRESULT hr = DeletePrefixedFeature(L"PresentationDirection", Private);
+        HRESULT hr = m_ticket.DeletePrefixedFeature(L"PresentationDirection", Private);
         zx::ComPtr<IXMLDOMElement> feature, option;
         if (SUCCEEDED(hr))
-            hr = CreateFeatureOption(L"PresentationDirection", kDirectionNames[direction], &feature, &option);
-        if (SUCCEEDED(hr)) hr = AppendChild(nup, feature.Get());
+            hr = m_ticket.CreateFeatureOption(L"PresentationDirection", kDirectionNames[direction], &feature, &option);
+        if (SUCCEEDED(hr)) hr = m_ticket.AppendChild(nup, feature.Get());
         return hr;
     }
 
     // ns0000:NUpBorders = ns0000:On inside the N-up feature, its border width a parameter of 0.
     HRESULT WriteBorders(IXMLDOMNode* nup) {
         zx::ComPtr<IXMLDOMElement> feature, option, reference, initialiser, width;
-        HRESULT hr = CreatePrefixedFeatureOption(L"NUpBorders", L"On", &feature, &option, Private, Private);
-        if (SUCCEEDED(hr)) hr = CreateIntegerParameter(L"DocumentNUpPageBorderWidth", 0, &reference, &initialiser);
-        if (SUCCEEDED(hr)) hr = WrapInPrefixedScoredProperty(L"BorderWidth", reference.Get(), &width, Private);
-        if (SUCCEEDED(hr)) hr = AppendChild(option.Get(), width.Get());
-        if (SUCCEEDED(hr)) hr = AppendChild(nup, feature.Get());
-        if (SUCCEEDED(hr)) hr = AppendToRoot(PrintSchema::Vocabulary::PrintTicket, initialiser.Get());
+        HRESULT hr = m_ticket.CreatePrefixedFeatureOption(L"NUpBorders", L"On", &feature, &option, Private, Private);
+        if (SUCCEEDED(hr))
+            hr = m_ticket.CreateIntegerParameter(L"DocumentNUpPageBorderWidth", 0, &reference, &initialiser);
+        if (SUCCEEDED(hr)) hr = m_ticket.WrapInPrefixedScoredProperty(L"BorderWidth", reference.Get(), &width, Private);
+        if (SUCCEEDED(hr)) hr = m_ticket.AppendChild(option.Get(), width.Get());
+        if (SUCCEEDED(hr)) hr = m_ticket.AppendChild(nup, feature.Get());
+        if (SUCCEEDED(hr)) hr = m_ticket.AppendToRoot(PrintSchema::Vocabulary::PrintTicket, initialiser.Get());
         return hr;
     }
 
@@ -87,24 +93,26 @@ private:
     // is rewritten with a nested ns0000:Stage = ns0000:PrinterImpression. Failures leave it.
     void WritePageRanges() {
         zx::unique_bstr option;
-        if (FAILED(GetPrefixedSelectedOption(L"DocumentPageRanges", option.put(), Private)) || !option ||
+        if (FAILED(m_ticket.GetPrefixedSelectedOption(L"DocumentPageRanges", option.put(), Private)) || !option ||
             std::wcscmp(option.get(), L"AllPages") == 0) {
             return;
         }
         VStringBuffer range;
-        if (FAILED(RemovePrefix(std::move(option), Private, range)) ||
-            FAILED(DeletePrefixedFeature(L"DocumentPageRanges", Private))) {
+        if (FAILED(m_ticket.RemovePrefix(std::move(option), Private, range)) ||
+            FAILED(m_ticket.DeletePrefixedFeature(L"DocumentPageRanges", Private))) {
             return;
         }
         zx::ComPtr<IXMLDOMElement> ranges, rangeOption, stage, stageOption;
-        if (SUCCEEDED(CreatePrefixedFeatureOption(L"DocumentPageRanges", range.c_str(), &ranges, &rangeOption, Private,
-                                                  Private)) &&
-            SUCCEEDED(
-                CreatePrefixedFeatureOption(L"Stage", L"PrinterImpression", &stage, &stageOption, Private, Private)) &&
-            SUCCEEDED(AppendChild(ranges.Get(), stage.Get()))) {
-            AppendToRoot(PrintSchema::Vocabulary::PrintTicket, ranges.Get());
+        if (SUCCEEDED(m_ticket.CreatePrefixedFeatureOption(L"DocumentPageRanges", range.c_str(), &ranges, &rangeOption,
+                                                           Private, Private)) &&
+            SUCCEEDED(m_ticket.CreatePrefixedFeatureOption(L"Stage", L"PrinterImpression", &stage, &stageOption,
+                                                           Private, Private)) &&
+            SUCCEEDED(m_ticket.AppendChild(ranges.Get(), stage.Get()))) {
+            m_ticket.AppendToRoot(PrintSchema::Vocabulary::PrintTicket, ranges.Get());
         }
     }
+
+    VTicketWriter& m_ticket;
 };
 
 }  // namespace
@@ -127,10 +135,10 @@ HRESULT CNUpDMPTConv::ReadDevMode(PDEVMODEW devMode, ULONG devModeSize, PVOID pr
     return hr;
 }
 
-HRESULT CNUpDMPTConv::ReadPrintTicket(IXMLDOMDocument2* ticket, NUpSettings& settings) {
-    VNUpPrintTicketHandler handler(ticket);
+HRESULT CNUpDMPTConv::ReadPrintTicket(VConversionDocument& ticket, NUpSettings& settings) {
+    VNUpTicketWriter writer(ticket.Ticket());
     NUpEntry local{};
-    const HRESULT hr = handler.ReadNUp(local);
+    const HRESULT hr = writer.ReadNUp(local);
     if (hr == zx::kNotFound) {
         for (NUpEntry& entry : settings.entries) entry.pagesPerSheet = 1;
         return S_OK;
@@ -146,12 +154,12 @@ HRESULT CNUpDMPTConv::WriteDevMode(const NUpSettings&, PDEVMODEW devMode, ULONG 
     return zx::CheckDevModeArguments(devMode, privateBlock, devModeSize, privateSize);
 }
 
-HRESULT CNUpDMPTConv::WritePrintTicket(const NUpSettings& settings, IXMLDOMDocument2* ticket) {
-    VNUpPrintTicketHandler handler(ticket);
+HRESULT CNUpDMPTConv::WritePrintTicket(const NUpSettings& settings, VConversionDocument& ticket) {
+    VNUpTicketWriter writer(ticket.Ticket());
     const NUpEntry& entry = settings.entries[0].pagesPerSheet < 2 ? settings.entries[1] : settings.entries[0];
-    return entry.pagesPerSheet > 1 ? handler.WriteNUp(entry) : S_OK;
+    return entry.pagesPerSheet > 1 ? writer.WriteNUp(entry) : S_OK;
 }
 
-HRESULT CNUpDMPTConv::CompletePrintCapabilities(IXMLDOMDocument2*, IXMLDOMDocument2* capabilities) {
+HRESULT CNUpDMPTConv::CompletePrintCapabilities(IXMLDOMDocument2*, VConversionDocument& capabilities) {
     return zx::CheckCapabilitiesDocument(capabilities);
 }

@@ -17,13 +17,13 @@ struct NUpSettings {
 
 class CNUpDMPTConv final : public CFeatureDMPTConvert<NUpSettings> {
 public:
-    HRESULT CompletePrintCapabilities(IXMLDOMDocument2* ticket, IXMLDOMDocument2* capabilities) override;
+    HRESULT CompletePrintCapabilities(IXMLDOMDocument2* ticket, VConversionDocument& capabilities) override;
 
 protected:
     HRESULT ReadDevMode(PDEVMODEW devMode, ULONG devModeSize, PVOID privateBlock, ULONG privateSize,
                         NUpSettings& settings) override;
-    HRESULT ReadPrintTicket(IXMLDOMDocument2* ticket, NUpSettings& settings) override;
+    HRESULT ReadPrintTicket(VConversionDocument& ticket, NUpSettings& settings) override;
     HRESULT WriteDevMode(const NUpSettings& settings, PDEVMODEW devMode, ULONG devModeSize, PVOID privateBlock,
                          ULONG privateSize) override;
-    HRESULT WritePrintTicket(const NUpSettings& settings, IXMLDOMDocument2* ticket) override;
+    HRESULT WritePrintTicket(const NUpSettings& settings, VConversionDocument& ticket) override;
 };

@@ -8,6 +8,7 @@
 #include "settings/option_access.h"
 #include "settings/snapping.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <cwchar>
@@ -46,37 +47,38 @@ struct TrackedFeature {
 constexpr TrackedFeature kMediaType = {L"PageMediaType", L"JobMediaTypePrev", kUserChangedMediaType, false, true};
 constexpr TrackedFeature kQuality = {L"PageOutputQuality", L"JobOutputQualityPrev", kUserChangedQuality, true, false};
 
-class VPaperSizePrintTicketHandler final : public VTicketWriter {
+class VPaperSizeTicketWriter {
 public:
-    using VTicketWriter::VTicketWriter;
+    explicit VPaperSizeTicketWriter(VTicketWriter& ticket) noexcept : m_ticket(ticket) {}
 
     // 1 when the ticket's choice differs from the one last written from the DEVMODE: the change
     // is flagged in the private block and recorded in the ticket; else 0.
     int Track(const TrackedFeature& tracked, const DevModeContext& context) {
         zx::unique_bstr current, previous;
-        if (FAILED(GetSelectedOption(tracked.feature, current.put())) || !current ||
-            FAILED(GetPrefixedSelectedOption(tracked.previousFeature, previous.put(), Private)) || !previous) {
+        if (FAILED(m_ticket.GetSelectedOption(tracked.feature, current.put())) || !current ||
+            FAILED(m_ticket.GetPrefixedSelectedOption(tracked.previousFeature, previous.put(), Private)) || !previous) {
             return 0;
         }
         if (SameChoice(tracked, current.get(), previous.get())) return 0;
 
         context.AddUserChange(tracked.changeFlag);
-        if (SUCCEEDED(DeletePrefixedFeature(L"JobTouchByUser", Private)))
-            AppendPrivateFeature(L"JobTouchByUser", L"On");
-        if (SUCCEEDED(DeletePrefixedFeature(tracked.previousFeature, Private)) && ::SysStringLen(current.get()) > 0) {
+        if (SUCCEEDED(m_ticket.DeletePrefixedFeature(L"JobTouchByUser", Private)))
+            m_ticket.AppendPrivateFeature(L"JobTouchByUser", L"On");
+        if (SUCCEEDED(m_ticket.DeletePrefixedFeature(tracked.previousFeature, Private)) &&
+            ::SysStringLen(current.get()) > 0) {
             VStringBuffer stored;
             if (tracked.storesWithoutPrefix) {
-                RemovePrefix(std::move(current), Private, stored);
+                m_ticket.RemovePrefix(std::move(current), Private, stored);
             } else {
                 stored.Append(current.get());
             }
-            AppendPrivateFeature(tracked.previousFeature, stored.c_str());
+            m_ticket.AppendPrivateFeature(tracked.previousFeature, stored.c_str());
         }
         return 1;
     }
 
     HRESULT WriteFromDevMode(const DevModeContext& context) {
-        RecordPrintingApplication(*this);
+        RecordPrintingApplication(m_ticket);
         WriteManualTwoSided(context);
         WriteDraftResolution(context);
         return WriteSnappedSettings(context);
@@ -96,12 +98,13 @@ private:
         PCSTR manual = nullptr, unit = nullptr;
         context.Option(Feature::ZXPrintOnBothSidesManually, &manual);
         context.Option(Feature::DuplexUnit, &unit);
-        if (FAILED(FindPrefixedFeature(L"JobZXPrintOnBothSidesManually", Framework, Private))) return;
+        if (FAILED(m_ticket.FindPrefixedFeature(L"JobZXPrintOnBothSidesManually", Framework, Private))) return;
 
         const bool wanted = Equals(manual, "ON") || Equals(unit, Option::False);
         const bool supported = zx::GetSystemMajorVersion() >= kFirstSystemWithManualTwoSided;
         if (wanted && !supported) StopTwoSidedPrinting(context);
-        if (SUCCEEDED(ReplacePrivateFeature(L"JobZXPrintOnBothSidesManually", wanted && supported ? L"ON" : L"OFF"))) {
+        if (SUCCEEDED(m_ticket.ReplacePrivateFeature(L"JobZXPrintOnBothSidesManually",
+                                                     wanted && supported ? L"ON" : L"OFF"))) {
             AnnounceAppend();
         }
     }
@@ -110,25 +113,28 @@ private:
     void StopTwoSidedPrinting(const DevModeContext& context) {
         PCSTR duplex = nullptr;
         context.Option(Feature::Duplex, &duplex);
-        if (FAILED(FindFeature(L"JobDuplexAllDocumentsContiguously")) || Equals(duplex, "NONE")) return;
-        if (SUCCEEDED(DeleteFeature(L"JobDuplexAllDocumentsContiguously")) &&
-            SUCCEEDED(AppendPrivateFeature(L"JobDuplexAllDocumentsContiguously", L"NONE"))) {
+        if (FAILED(m_ticket.FindFeature(L"JobDuplexAllDocumentsContiguously")) || Equals(duplex, "NONE")) return;
+        if (SUCCEEDED(m_ticket.DeleteFeature(L"JobDuplexAllDocumentsContiguously")) &&
+            SUCCEEDED(m_ticket.AppendPrivateFeature(L"JobDuplexAllDocumentsContiguously", L"NONE"))) {
             AnnounceAppend();
         }
     }
 
-    // Draft quality prints at 300 dpi.
+    // Draft quality prints at 300 dpi: a ticket's resolution is replaced by ns0000:_300x300.
     void WriteDraftResolution(const DevModeContext& context) {
         PCSTR quality = nullptr;
-        zx::ComPtr<IXMLDOMElement> option;
+        zx::ComPtr<IXMLDOMElement> feature, option;
         if (FAILED(context.Option(Feature::PageOutputQuality, &quality)) || !Equals(quality, Option::Draft) ||
-            FAILED(ReplaceStandardFeature(L"PageResolution", L"_300x300", Private, &option))) {
+            FAILED(m_ticket.FindFeature(L"PageResolution")) ||
+            FAILED(m_ticket.CreatePrefixedFeatureOption(L"PageResolution", L"_300x300", &feature, &option,
+                                                        m_ticket.KeywordsPrefix(), Private)) ||
+            FAILED(m_ticket.ReplaceFeatures(m_ticket.KeywordsPrefix(), L"PageResolution", feature.Get()))) {
             return;
         }
         for (const wchar_t* axis : {L"ResolutionX", L"ResolutionY"}) {
             zx::ComPtr<IXMLDOMElement> resolution;
-            if (SUCCEEDED(CreateIntegerScoredProperty(axis, 300, &resolution)))
-                AppendChild(option.Get(), resolution.Get());
+            if (SUCCEEDED(m_ticket.CreateIntegerScoredProperty(axis, 300, &resolution)))
+                m_ticket.AppendChild(option.Get(), resolution.Get());
         }
     }
 
@@ -148,18 +154,20 @@ private:
         wchar_t inputBin[16];
         std::swprintf(inputBin, std::size(inputBin), L"%c%d", L'_', record.inputBin);
         // Each feature is replaced only when the ticket has it.
-        ReplaceStandardFeature(L"PageMediaType", mediaName, Private);
-        ReplaceStandardFeature(L"JobInputBin", inputBin, Private);
-        if (quality) ReplaceStandardFeature(L"PageOutputQuality", quality);
-        if (borderless) ReplaceStandardFeature(L"PageBorderless", borderless);
+        m_ticket.ReplaceStandardFeature(L"PageMediaType", mediaName, Private);
+        m_ticket.ReplaceStandardFeature(L"JobInputBin", inputBin, Private);
+        if (quality) m_ticket.ReplaceStandardFeature(L"PageOutputQuality", quality);
+        if (borderless) m_ticket.ReplaceStandardFeature(L"PageBorderless", borderless);
 
-        HRESULT hr = ReplacePrivateFeature(L"JobMediaTypePrev", mediaName);
+        HRESULT hr = m_ticket.ReplacePrivateFeature(L"JobMediaTypePrev", mediaName);
         if (quality) {
-            const HRESULT qualityMemory = ReplacePrivateFeature(L"JobOutputQualityPrev", quality);
+            const HRESULT qualityMemory = m_ticket.ReplacePrivateFeature(L"JobOutputQualityPrev", quality);
             if (qualityMemory != zx::kNotFound) hr = qualityMemory;
         }
         return hr;
     }
+
+    VTicketWriter& m_ticket;
 };
 
 }  // namespace
@@ -170,8 +178,11 @@ void DevModeContext::AddUserChange(DWORD flag) const noexcept {
     }
 }
 
+// The DEVMODE's own header may claim more than the host passed: the core helper is told no more
+// than the conversion's size, so that it never reads past the host's buffer.
 HRESULT DevModeContext::Option(PCSTR feature, PCSTR* option) const noexcept {
-    return zx::GetJobOption(helper.Get(), devMode, feature, option);
+    const DWORD size = std::min<DWORD>(zx::DevModeTotalSize(devMode), devModeSize);
+    return zx::GetOptionOf(helper.Get(), devMode, size, feature, option);
 }
 
 HRESULT CPaperSizeDMPTConv::ReadDevMode(PDEVMODEW devMode, ULONG devModeSize, PVOID privateBlock, ULONG privateSize,
@@ -187,20 +198,20 @@ HRESULT CPaperSizeDMPTConv::ReadDevMode(PDEVMODEW devMode, ULONG devModeSize, PV
     return S_OK;
 }
 
-HRESULT CPaperSizeDMPTConv::ReadPrintTicket(IXMLDOMDocument2* ticket, PaperSizeData&) {
-    VPaperSizePrintTicketHandler handler(ticket);
-    handler.Track(kMediaType, *m_context);
-    handler.Track(kQuality, *m_context);
+HRESULT CPaperSizeDMPTConv::ReadPrintTicket(VConversionDocument& ticket, PaperSizeData&) {
+    VPaperSizeTicketWriter writer(ticket.Ticket());
+    writer.Track(kMediaType, *m_context);
+    writer.Track(kQuality, *m_context);
     return S_OK;
 }
 
 HRESULT CPaperSizeDMPTConv::WriteDevMode(const PaperSizeData&, PDEVMODEW, ULONG, PVOID, ULONG) { return S_OK; }
 
-HRESULT CPaperSizeDMPTConv::WritePrintTicket(const PaperSizeData&, IXMLDOMDocument2* ticket) {
-    VPaperSizePrintTicketHandler handler(ticket);
-    return handler.WriteFromDevMode(*m_context);
+HRESULT CPaperSizeDMPTConv::WritePrintTicket(const PaperSizeData&, VConversionDocument& ticket) {
+    VPaperSizeTicketWriter writer(ticket.Ticket());
+    return writer.WriteFromDevMode(*m_context);
 }
 
-HRESULT CPaperSizeDMPTConv::CompletePrintCapabilities(IXMLDOMDocument2*, IXMLDOMDocument2* capabilities) {
-    return capabilities == nullptr ? E_POINTER : S_OK;
+HRESULT CPaperSizeDMPTConv::CompletePrintCapabilities(IXMLDOMDocument2*, VConversionDocument& capabilities) {
+    return capabilities.Get() == nullptr ? E_POINTER : S_OK;
 }

@@ -29,15 +29,15 @@ struct DevModeContext {
 
 class CPaperSizeDMPTConv final : public CFeatureDMPTConvert<PaperSizeData> {
 public:
-    HRESULT CompletePrintCapabilities(IXMLDOMDocument2* ticket, IXMLDOMDocument2* capabilities) override;
+    HRESULT CompletePrintCapabilities(IXMLDOMDocument2* ticket, VConversionDocument& capabilities) override;
 
 protected:
     HRESULT ReadDevMode(PDEVMODEW devMode, ULONG devModeSize, PVOID privateBlock, ULONG privateSize,
                         PaperSizeData& settings) override;
-    HRESULT ReadPrintTicket(IXMLDOMDocument2* ticket, PaperSizeData& settings) override;
+    HRESULT ReadPrintTicket(VConversionDocument& ticket, PaperSizeData& settings) override;
     HRESULT WriteDevMode(const PaperSizeData& settings, PDEVMODEW devMode, ULONG devModeSize, PVOID privateBlock,
                          ULONG privateSize) override;
-    HRESULT WritePrintTicket(const PaperSizeData& settings, IXMLDOMDocument2* ticket) override;
+    HRESULT WritePrintTicket(const PaperSizeData& settings, VConversionDocument& ticket) override;
 
 private:
     std::unique_ptr<DevModeContext> m_context;

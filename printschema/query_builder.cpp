@@ -27,7 +27,7 @@ VPrintTicketQueryBuilder::VPrintTicketQueryBuilder(const wchar_t* frameworkPrefi
     : VPrintTicketQueryBuilder(frameworkPrefix, nullptr) {}
 
 VPrintTicketQueryBuilder::VPrintTicketQueryBuilder(const wchar_t* frameworkPrefix, const wchar_t* initialQuery)
-    : m_query(initialQuery) {
+    : m_initialQuery(OrEmpty(initialQuery)) {
     if (frameworkPrefix != nullptr && *frameworkPrefix != L'\0') m_frameworkPrefix = zx::MakeBstr(frameworkPrefix);
 }
 
@@ -50,18 +50,26 @@ HRESULT VPrintTicketQueryBuilder::AddParameterRef(const wchar_t* namePrefix, con
 HRESULT VPrintTicketQueryBuilder::AddOptionValue(const wchar_t* optionNamePrefix) {
     ZX_RETURN_HR_IF(E_FAIL, !m_frameworkPrefix);
     ZX_RETURN_HR_IF(E_INVALIDARG, !FitsInQuotedLiteral(optionNamePrefix));
-    const VStringBuffer base(m_query.c_str());
-    const wchar_t* framework = m_frameworkPrefix.get();
-    m_query.AppendFormat(kOptionBranch, framework);
-    m_query.Append(kUnion);
-    m_query.Append(base.c_str());
-    m_query.AppendFormat(kOptionNameValueBranch, framework, OrEmpty(optionNamePrefix), framework);
+    m_steps.push_back({nullptr, OrEmpty(optionNamePrefix)});
     return S_OK;
 }
 
 HRESULT VPrintTicketQueryBuilder::GetQuery(BSTR* query) const {
     ZX_RETURN_HR_IF_NULL(E_POINTER, query);
-    *query = m_query.ToBstr().release();
+    VStringBuffer text(m_initialQuery.c_str());
+    const wchar_t* framework = m_frameworkPrefix.get();
+    for (const Step& step : m_steps) {
+        if (step.stepTemplate != nullptr) {
+            text.AppendFormat(step.stepTemplate, framework, step.name.c_str());
+            continue;
+        }
+        const VStringBuffer base(text.c_str());
+        text.AppendFormat(kOptionBranch, framework);
+        text.Append(kUnion);
+        text.Append(base.c_str());
+        text.AppendFormat(kOptionNameValueBranch, framework, step.name.c_str(), framework);
+    }
+    *query = text.ToBstr().release();
     return S_OK;
 }
 
@@ -70,8 +78,6 @@ HRESULT VPrintTicketQueryBuilder::AddNamedStep(const wchar_t* stepTemplate, cons
     ZX_RETURN_HR_IF(E_FAIL, !m_frameworkPrefix);
     ZX_RETURN_HR_IF(E_INVALIDARG, name == nullptr || *name == L'\0');
     ZX_RETURN_HR_IF(E_INVALIDARG, !FitsInQuotedLiteral(namePrefix) || !FitsInQuotedLiteral(name));
-    VStringBuffer fullName(namePrefix);
-    fullName.Append(name);
-    m_query.AppendFormat(stepTemplate, m_frameworkPrefix.get(), fullName.c_str());
+    m_steps.push_back({stepTemplate, std::wstring(OrEmpty(namePrefix)) + name});
     return S_OK;
 }

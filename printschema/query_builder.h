@@ -1,12 +1,16 @@
 // Builds the XPath queries of the Print Schema code from fixed templates. Calls are chained: a
 // feature, possibly a nested feature, then its option or one of its properties, then GetQuery.
 // Every Add fails with E_FAIL when the builder has no framework prefix, and with E_INVALIDARG
-// for an empty name or a name that cannot stand inside a quoted XPath literal.
+// for an empty name or a name that cannot stand inside a quoted XPath literal. The text is
+// written only when GetQuery asks for it: lookups answered otherwise pay only for the checks.
 #pragma once
 
 #include "printschema/string_buffer.h"
 
 #include <sal.h>
+
+#include <string>
+#include <vector>
 
 class VPrintTicketQueryBuilder {
 public:
@@ -26,8 +30,13 @@ public:
     HRESULT GetQuery(_Outptr_ BSTR* query) const;
 
 private:
+    struct Step {
+        const wchar_t* stepTemplate;  // null: the option union
+        std::wstring name;            // prefix and name; for the union, the option-name prefix
+    };
     HRESULT AddNamedStep(const wchar_t* stepTemplate, const wchar_t* namePrefix, const wchar_t* name);
 
-    VStringBuffer m_query;
+    std::wstring m_initialQuery;
+    std::vector<Step> m_steps;
     zx::unique_bstr m_frameworkPrefix;
 };

@@ -6,6 +6,7 @@
 #include "util/result.h"
 
 #include <cwchar>
+#include <utility>
 
 using namespace PrintSchema;
 
@@ -32,14 +33,15 @@ bool EqualTexts(BSTR first, BSTR second) noexcept {
     return ::VarBstrCmp(first, second, kUserDefaultLocale, 0) == static_cast<HRESULT>(VARCMP_EQ);
 }
 
-// Whether the attribute at index holds uri; its name comes back in name. An attribute that cannot
-// be read counts as no match: Wine's MSXML fails on the default namespace declaration.
-bool AttributeHolds(IXMLDOMNamedNodeMap* attributes, long index, BSTR uri, zx::unique_bstr& name) {
+// The value and name of the attribute at index; false when they cannot be read, which counts as
+// no match: Wine's MSXML fails on the default namespace declaration.
+bool ReadAttribute(IXMLDOMNamedNodeMap* attributes, long index, zx::unique_bstr& value, zx::unique_bstr& name) {
     zx::ComPtr<IXMLDOMNode> attribute;
     if (attributes->get_item(index, &attribute) != S_OK || !attribute) return false;
-    zx::unique_variant value;
-    if (FAILED(attribute->get_nodeValue(value.put())) || value.type() != VT_BSTR) return false;
-    if (!EqualTexts(V_BSTR(value.get()), uri)) return false;
+    zx::unique_variant text;
+    if (FAILED(attribute->get_nodeValue(text.put())) || text.type() != VT_BSTR) return false;
+    value.reset(std::exchange(text.get()->bstrVal, nullptr));
+    text.get()->vt = VT_EMPTY;
     return SUCCEEDED(attribute->get_nodeName(name.put())) && name;
 }
 
@@ -77,6 +79,14 @@ HRESULT VPrintSchemaHandler::BindPrefixes() {
     namespaces.AppendFormat(Vocabulary::NamespaceDeclaration, Vocabulary::FrameworkPrefix, Uri::Framework);
     ZX_RETURN_IF_FAILED(SetDocumentProperty(Vocabulary::SelectionNamespaces, namespaces.c_str()));
 
+    ZX_RETURN_IF_FAILED(ReadRootPrefixes());
+    m_privatePrefix = zx::MakeBstr(Prefix::Private);
+    return BindDocumentFrameworkPrefix();
+}
+
+// The four prefixes from one walk over the root's attributes, with the outcome of asking
+// GetNamespacePrefix for each in turn: the first failure ends the lookups.
+HRESULT VPrintSchemaHandler::ReadRootPrefixes() {
     static constexpr struct {
         const wchar_t* uri;
         zx::unique_bstr VPrintSchemaHandler::*prefix;
@@ -86,11 +96,39 @@ HRESULT VPrintSchemaHandler::BindPrefixes() {
         {Uri::SchemaInstance, &VPrintSchemaHandler::m_schemaInstancePrefix},
         {Uri::Schema, &VPrintSchemaHandler::m_schemaPrefix},
     };
-    for (const auto& lookup : kLookups)
-        ZX_RETURN_IF_FAILED(GetNamespacePrefix(lookup.uri, (this->*lookup.prefix).put()));
+    std::vector<RootAttribute> attributes;
+    const HRESULT hr = ReadRootAttributes(attributes);
+    if (hr != S_OK) return FAILED(hr) ? hr : S_OK;  // no root: every prefix stays empty
+    for (const auto& lookup : kLookups) {
+        ZX_RETURN_IF_FAILED(PrefixAmong(attributes, lookup.uri, (this->*lookup.prefix).put()));
+    }
+    return S_OK;
+}
 
-    m_privatePrefix = zx::MakeBstr(Prefix::Private);
-    return BindDocumentFrameworkPrefix();
+// Every attribute of the root that can be read: its value and its name.
+HRESULT VPrintSchemaHandler::ReadRootAttributes(std::vector<RootAttribute>& found) {
+    zx::ComPtr<IXMLDOMNode> root;
+    const HRESULT hr = FindRootElement(&root);
+    if (hr != S_OK) return hr;
+    zx::ComPtr<IXMLDOMNamedNodeMap> attributes;
+    ZX_RETURN_IF_FAILED(root->get_attributes(&attributes));
+    ZX_RETURN_HR_IF(S_FALSE, !attributes);
+    long count = 0;
+    ZX_RETURN_IF_FAILED(attributes->get_length(&count));
+    for (long index = 0; index < count; ++index) {
+        RootAttribute attribute;
+        if (ReadAttribute(attributes.Get(), index, attribute.value, attribute.name)) found.push_back(std::move(attribute));
+    }
+    return S_OK;
+}
+
+HRESULT VPrintSchemaHandler::PrefixAmong(const std::vector<RootAttribute>& attributes, const wchar_t* namespaceUri,
+                                         BSTR* prefix) {
+    const zx::unique_bstr uri = zx::MakeBstr(namespaceUri);
+    for (const RootAttribute& attribute : attributes) {
+        if (EqualTexts(attribute.value.get(), uri.get())) return PrefixFromDeclaration(attribute.name.get(), prefix);
+    }
+    return S_FALSE;
 }
 
 HRESULT VPrintSchemaHandler::SetDocumentProperty(const wchar_t* name, const wchar_t* value) {
@@ -118,7 +156,14 @@ HRESULT VPrintSchemaHandler::BindDocumentFrameworkPrefix() {
     return SetDocumentProperty(Vocabulary::SelectionNamespaces, namespaces.c_str());
 }
 
+// The first element of that name in document order: the document element when it is one, which
+// spares the query.
 HRESULT VPrintSchemaHandler::FindRootElement(IXMLDOMNode** root) {
+    zx::ComPtr<IXMLDOMElement> element;
+    if (m_document->get_documentElement(&element) == S_OK && element &&
+        IsFrameworkElement(element.Get(), m_rootName.get())) {
+        return element->QueryInterface(IID_IXMLDOMNode, reinterpret_cast<void**>(root));
+    }
     VStringBuffer query;
     query.AppendFormat(Vocabulary::RootQuery, Vocabulary::FrameworkPrefix, m_rootName.get());
     return SelectSingleNode(query.c_str(), root);
@@ -130,21 +175,10 @@ HRESULT VPrintSchemaHandler::FindRootElement(IXMLDOMNode** root) {
 HRESULT VPrintSchemaHandler::GetNamespacePrefix(const wchar_t* namespaceUri, BSTR* prefix) {
     ZX_RETURN_HR_IF_NULL(E_POINTER, prefix);
     ZX_RETURN_HR_IF(E_INVALIDARG, IsEmpty(namespaceUri));
-    zx::ComPtr<IXMLDOMNode> root;
-    const HRESULT hr = FindRootElement(&root);
+    std::vector<RootAttribute> attributes;
+    const HRESULT hr = ReadRootAttributes(attributes);
     if (hr != S_OK) return hr;
-
-    zx::ComPtr<IXMLDOMNamedNodeMap> attributes;
-    ZX_RETURN_IF_FAILED(root->get_attributes(&attributes));
-    ZX_RETURN_HR_IF(S_FALSE, !attributes);
-    long count = 0;
-    ZX_RETURN_IF_FAILED(attributes->get_length(&count));
-    const zx::unique_bstr uri = zx::MakeBstr(namespaceUri);
-    for (long index = 0; index < count; ++index) {
-        zx::unique_bstr name;
-        if (AttributeHolds(attributes.Get(), index, uri.get(), name)) return PrefixFromDeclaration(name.get(), prefix);
-    }
-    return S_FALSE;
+    return PrefixAmong(attributes, namespaceUri, prefix);
 }
 
 HRESULT VPrintSchemaHandler::SelectSingleNode(const wchar_t* query, IXMLDOMNode** node) {
@@ -154,11 +188,22 @@ HRESULT VPrintSchemaHandler::SelectSingleNode(const wchar_t* query, IXMLDOMNode*
     return SUCCEEDED(hr) && *node == nullptr ? S_FALSE : hr;
 }
 
+// The first child element of the framework namespace with that local name, as the query
+// framework prefix + localName selects it from parent; S_FALSE when there is none.
 HRESULT VPrintSchemaHandler::SelectChild(IXMLDOMNode* parent, const wchar_t* localName, IXMLDOMNode** child) {
     *child = nullptr;
-    const zx::unique_bstr query = Join(FrameworkPrefix(), localName);
-    const HRESULT hr = parent->selectSingleNode(query.get(), child);
-    return SUCCEEDED(hr) && *child == nullptr ? S_FALSE : hr;
+    zx::ComPtr<IXMLDOMNode> node;
+    ZX_RETURN_IF_FAILED(parent->get_firstChild(&node));
+    while (node) {
+        if (IsFrameworkElement(node.Get(), localName)) {
+            *child = node.Detach();
+            return S_OK;
+        }
+        zx::ComPtr<IXMLDOMNode> next;
+        ZX_RETURN_IF_FAILED(node->get_nextSibling(&next));
+        node = next;
+    }
+    return S_FALSE;
 }
 
 HRESULT VPrintSchemaHandler::SelectNodes(const wchar_t* elementName, IXMLDOMNodeList** nodes) {
@@ -187,6 +232,15 @@ HRESULT VPrintSchemaHandler::CreateElement(const wchar_t* qualifiedName, const w
 HRESULT VPrintSchemaHandler::CreateAttribute(IXMLDOMElement* element, const wchar_t* qualifiedName,
                                              const wchar_t* namespaceUri, const wchar_t* value) {
     ZX_RETURN_HR_IF(E_INVALIDARG, element == nullptr || qualifiedName == nullptr || value == nullptr);
+    zx::ComPtr<IXMLDOMNode> parent;
+    if (SUCCEEDED(element->get_parentNode(&parent)) && parent) m_features.Invalidate();  // not a new element
+    if (namespaceUri == nullptr) {
+        // The same attribute, set without making an attribute node first.
+        const zx::unique_bstr name = zx::MakeBstr(qualifiedName);
+        zx::unique_variant text;
+        SetText(text, value);
+        return element->setAttribute(name.get(), *text);
+    }
     zx::unique_variant type;
     SetNodeType(type, NODE_ATTRIBUTE);
     const zx::unique_bstr name = zx::MakeBstr(qualifiedName);
@@ -213,14 +267,23 @@ HRESULT VPrintSchemaHandler::FindAttribute(IXMLDOMNode* node, const wchar_t* att
     return SUCCEEDED(hr) && *attribute == nullptr ? S_FALSE : hr;
 }
 
+// Only elements have attributes; an element hands out an attribute's text in one call.
 HRESULT VPrintSchemaHandler::GetAttributeText(IXMLDOMNode* node, const wchar_t* attributeName, BSTR* text) {
     ZX_RETURN_HR_IF_NULL(E_POINTER, text);
     *text = nullptr;
     ZX_RETURN_HR_IF(E_INVALIDARG, node == nullptr || IsEmpty(attributeName));
-    zx::ComPtr<IXMLDOMNode> attribute;
-    const HRESULT hr = FindAttribute(node, attributeName, &attribute);
+    zx::ComPtr<IXMLDOMElement> element;
+    if (FAILED(node->QueryInterface(msxml6::IID_IXMLDOMElement, reinterpret_cast<void**>(element.GetAddressOf())))) {
+        return S_FALSE;
+    }
+    zx::unique_variant value;
+    const zx::unique_bstr name = zx::MakeBstr(attributeName);
+    const HRESULT hr = element->getAttribute(name.get(), value.put());
     if (hr != S_OK) return hr;
-    return attribute->get_text(text);
+    if (value.type() != VT_BSTR) return S_FALSE;
+    *text = std::exchange(value.get()->bstrVal, nullptr);
+    value.get()->vt = VT_EMPTY;
+    return S_OK;
 }
 
 HRESULT VPrintSchemaHandler::SetAttributeText(IXMLDOMNode* node, const wchar_t* attributeName, const wchar_t* text) {
@@ -229,10 +292,18 @@ HRESULT VPrintSchemaHandler::SetAttributeText(IXMLDOMNode* node, const wchar_t* 
     const HRESULT hr = FindAttribute(node, attributeName, &attribute);
     if (hr != S_OK) return hr;
     const zx::unique_bstr value = zx::MakeBstr(text);
+    if (std::wcscmp(attributeName, Vocabulary::Name) == 0 && IsFrameworkElement(node, Vocabulary::Feature)) {
+        m_features.Invalidate();  // a feature renamed
+    }
     return attribute->put_text(value.get());
 }
 
 HRESULT VPrintSchemaHandler::RemoveNode(IXMLDOMNode* node) {
+    m_features.Invalidate();
+    return DetachNode(node);
+}
+
+HRESULT VPrintSchemaHandler::DetachNode(IXMLDOMNode* node) {
     ZX_RETURN_HR_IF_NULL(E_INVALIDARG, node);
     zx::ComPtr<IXMLDOMNode> parent;
     ZX_RETURN_IF_FAILED(node->get_parentNode(&parent));
@@ -253,15 +324,21 @@ HRESULT VPrintSchemaHandler::TypedValueText(IXMLDOMNode* node, BSTR* text) {
 HRESULT VPrintSchemaHandler::GetValueText(const wchar_t* query, BSTR* text) {
     ZX_RETURN_IF_FAILED(ResetOutRequireName(text, query));
     zx::ComPtr<IXMLDOMNode> property;
-    HRESULT hr = SelectSingleNode(query, &property);
+    const HRESULT hr = SelectSingleNode(query, &property);
     if (hr != S_OK) return NotFoundIfNothing(hr);
+    return GetPropertyValueText(property.Get(), text);
+}
 
+HRESULT VPrintSchemaHandler::GetPropertyValueText(IXMLDOMNode* property, BSTR* text) {
+    ZX_RETURN_HR_IF_NULL(E_POINTER, text);
+    *text = nullptr;
+    ZX_RETURN_HR_IF_NULL(E_INVALIDARG, property);
     zx::ComPtr<IXMLDOMNode> value;
-    hr = SelectChild(property.Get(), Vocabulary::Value, &value);
+    HRESULT hr = SelectChild(property, Vocabulary::Value, &value);
     if (hr != S_FALSE) return SUCCEEDED(hr) ? TypedValueText(value.Get(), text) : hr;
 
     zx::ComPtr<IXMLDOMNode> reference;
-    hr = SelectChild(property.Get(), Vocabulary::ParameterRef, &reference);
+    hr = SelectChild(property, Vocabulary::ParameterRef, &reference);
     if (hr != S_OK) return NotFoundIfNothing(hr);
     zx::unique_bstr parameterName;
     hr = GetAttributeText(reference.Get(), Vocabulary::Name, parameterName.put());
@@ -379,6 +456,8 @@ HRESULT VPrintSchemaHandler::WrapInPrefixedScoredProperty(const wchar_t* name, I
     ZX_RETURN_HR_IF_NULL(E_INVALIDARG, child);
     zx::ComPtr<IXMLDOMElement> wrapper;
     ZX_RETURN_IF_FAILED(CreatePrefixedScoredProperty(name, &wrapper, namePrefix));
+    zx::ComPtr<IXMLDOMNode> parent;
+    if (SUCCEEDED(child->get_parentNode(&parent)) && parent) m_features.Invalidate();  // moved out of the document
     zx::ComPtr<IXMLDOMNode> appended;
     ZX_RETURN_IF_FAILED(wrapper->appendChild(child, &appended));
     *property = wrapper.Detach();

@@ -9,12 +9,18 @@
 // throws VUtilException; callers catch both. Out values are new references the caller owns (hold
 // them in zx::unique_bstr and zx::ComPtr). New elements are not attached to the document until the
 // caller appends them.
+//
+// The handler keeps its own list of the document's features (see feature_index.h): edits made to
+// the document other than through the handler, while it lives, are not seen by its lookups.
 #pragma once
 
+#include "printschema/feature_index.h"
 #include "util/scoped.h"
 
 #include <msxml2.h>
 #include <sal.h>
+
+#include <vector>
 
 class VPrintSchemaHandler {
 public:
@@ -51,6 +57,8 @@ public:
     // The value of the property the query selects: its Value child, or the ParameterInit its
     // ParameterRef child names. An empty value leaves *text null.
     HRESULT GetValueText(_In_z_ const wchar_t* query, _Outptr_result_maybenull_ BSTR* text);
+    // The same for a property already found.
+    HRESULT GetPropertyValueText(_In_ IXMLDOMNode* property, _Outptr_result_maybenull_ BSTR* text);
 
     // Property named framework prefix + name.
     HRESULT CreateProperty(_In_z_ const wchar_t* name, _Outptr_ IXMLDOMElement** property);
@@ -101,14 +109,28 @@ protected:
     HRESULT AppendTypedValue(IXMLDOMElement* parent, const wchar_t* type, const wchar_t* text);
     // The typed value of a node as text; null when empty.
     static HRESULT TypedValueText(IXMLDOMNode* node, BSTR* text);
+    // RemoveNode without forgetting the feature list; the caller keeps it in step.
+    static HRESULT DetachNode(IXMLDOMNode* node);
+    // The first child element of the framework namespace named localName; S_FALSE when none.
+    static HRESULT SelectChild(IXMLDOMNode* parent, const wchar_t* localName, IXMLDOMNode** child);
+
+    VFeatureIndex m_features;
 
 private:
+    struct RootAttribute {
+        zx::unique_bstr value;
+        zx::unique_bstr name;
+    };
+
     HRESULT BindPrefixes();
+    HRESULT ReadRootPrefixes();
+    HRESULT ReadRootAttributes(std::vector<RootAttribute>& attributes);
+    static HRESULT PrefixAmong(const std::vector<RootAttribute>& attributes, const wchar_t* namespaceUri,
+                               BSTR* prefix);
     HRESULT SetDocumentProperty(const wchar_t* name, const wchar_t* value);
     HRESULT BindDocumentFrameworkPrefix();
     HRESULT FindRootElement(IXMLDOMNode** root);
     HRESULT ParameterInitValueText(const wchar_t* parameterName, BSTR* text);
-    HRESULT SelectChild(IXMLDOMNode* parent, const wchar_t* localName, IXMLDOMNode** child);
     static HRESULT FindAttribute(IXMLDOMNode* node, const wchar_t* attributeName, IXMLDOMNode** attribute);
     HRESULT CreatePropertyElement(const wchar_t* localName, const wchar_t* qualifiedName, const wchar_t* type,
                                   const wchar_t* value, IXMLDOMElement** property);

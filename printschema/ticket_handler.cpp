@@ -8,6 +8,9 @@
 #include <climits>
 #include <cwchar>
 #include <cwctype>
+#include <string>
+#include <string_view>
+#include <vector>
 
 using namespace PrintSchema;
 
@@ -35,6 +38,13 @@ bool RemoveFirstOccurrence(VStringBuffer& text, const wchar_t* part) {
     return true;
 }
 
+// A copy of text without the first occurrence of part; null when part does not occur.
+zx::unique_bstr WithoutFirstOccurrence(const wchar_t* text, const wchar_t* part) {
+    VStringBuffer stripped(text);
+    if (!RemoveFirstOccurrence(stripped, part)) return {};
+    return stripped.ToBstr();
+}
+
 HRESULT ParseInt32(const wchar_t* text, INT32* value) {
     ZX_RETURN_HR_IF_NULL(E_INVALIDARG, text);
     wchar_t* end = nullptr;
@@ -55,12 +65,21 @@ VPrintTicketHandler::VPrintTicketHandler(IXMLDOMDocument2* ticket)
 VPrintCapabilityHandler::VPrintCapabilityHandler(IXMLDOMDocument2* capabilities)
     : VPrintSchemaHandler(Vocabulary::PrintCapabilities, capabilities) {}
 
+// A new child comes last in document order, and its features last in the feature list.
 HRESULT VPrintTicketHandler::AppendToRoot(const wchar_t* rootName, IXMLDOMNode* child) {
     ZX_RETURN_HR_IF(E_INVALIDARG, IsEmpty(rootName) || child == nullptr);
     zx::ComPtr<IXMLDOMNode> root;
     ZX_RETURN_IF_FAILED(FindRootElement(rootName, &root));
+    zx::ComPtr<IXMLDOMNode> parent;
+    const bool isNew = SUCCEEDED(child->get_parentNode(&parent)) && !parent;
     zx::ComPtr<IXMLDOMNode> appended;
-    return root->appendChild(child, &appended);
+    const HRESULT hr = root->appendChild(child, &appended);
+    if (SUCCEEDED(hr) && isNew) {
+        m_features.Appended(child);
+    } else {
+        m_features.Invalidate();
+    }
+    return hr;
 }
 
 // The document element when it is the framework's element of that name: what the query
@@ -160,11 +179,30 @@ HRESULT VPrintTicketHandler::FindFeature(const wchar_t* featureName, IXMLDOMNode
     return FindPrefixedFeature(featureName, FrameworkPrefix(), KeywordsPrefix(), node);
 }
 
+bool VPrintTicketHandler::IndexedFeatures(const wchar_t* frameworkPrefix, const wchar_t* namePrefix,
+                                          const wchar_t* featureName, std::vector<size_t>& positions) {
+    // Queries bind the document's own framework prefix and "psf" to the framework namespace.
+    const bool framework = frameworkPrefix != nullptr && (std::wcscmp(frameworkPrefix, FrameworkPrefix()) == 0 ||
+                                                          std::wcscmp(frameworkPrefix, Prefix::Framework) == 0);
+    if (!framework) return false;
+    const std::wstring fullName = std::wstring(namePrefix ? namePrefix : L"") + featureName;
+    return m_features.Find(Document(), FrameworkPrefix(), fullName.c_str(), positions);
+}
+
 HRESULT VPrintTicketHandler::FindPrefixedFeature(const wchar_t* featureName, const wchar_t* frameworkPrefix,
                                                  const wchar_t* namePrefix, IXMLDOMNode** node) {
     if (node != nullptr) *node = nullptr;
     VPrintTicketQueryBuilder query(frameworkPrefix);
     ZX_RETURN_IF_FAILED(query.AddFeature(namePrefix, featureName));
+    std::vector<size_t> positions;
+    if (IndexedFeatures(frameworkPrefix, namePrefix, featureName, positions)) {
+        if (positions.empty()) return zx::kNotFound;
+        if (node != nullptr) {
+            *node = m_features.Node(positions.front());
+            (*node)->AddRef();
+        }
+        return S_OK;
+    }
     zx::ComPtr<IXMLDOMNode> found;
     ZX_RETURN_IF_FAILED(SelectFirst(query, &found));
     if (node != nullptr) *node = found.Detach();
@@ -181,22 +219,36 @@ HRESULT VPrintTicketHandler::DeletePrefixedFeature(const wchar_t* featureName, c
     return RemoveFeatures(namePrefix, featureName, removed);
 }
 
-// Every match, found by one query; a match nested in another goes with it.
+// Every match, in document order; a match nested in another goes with it.
 HRESULT VPrintTicketHandler::RemoveFeatures(const wchar_t* namePrefix, const wchar_t* featureName, long& removed) {
     removed = 0;
     VPrintTicketQueryBuilder query(FrameworkPrefix());
     ZX_RETURN_IF_FAILED(query.AddFeature(namePrefix, featureName));
-    zx::unique_bstr xpath;
-    ZX_RETURN_IF_FAILED(query.GetQuery(xpath.put()));
-    zx::ComPtr<IXMLDOMNodeList> features;
-    ZX_RETURN_IF_FAILED(Document()->selectNodes(xpath.get(), &features));
-    zx::ComPtr<IXMLDOMNode> feature;
-    while (features->nextNode(&feature) == S_OK && feature) {
-        zx::ComPtr<IXMLDOMNode> parent;
-        if (SUCCEEDED(feature->get_parentNode(&parent)) && parent) ZX_RETURN_IF_FAILED(RemoveNode(feature.Get()));
-        ++removed;
-        feature.Reset();
+    std::vector<zx::ComPtr<IXMLDOMNode>> matches;
+    std::vector<size_t> positions;
+    if (IndexedFeatures(FrameworkPrefix(), namePrefix, featureName, positions)) {
+        for (size_t position : positions) matches.emplace_back(m_features.Node(position));
+    } else {
+        zx::unique_bstr xpath;
+        ZX_RETURN_IF_FAILED(query.GetQuery(xpath.put()));
+        zx::ComPtr<IXMLDOMNodeList> features;
+        ZX_RETURN_IF_FAILED(Document()->selectNodes(xpath.get(), &features));
+        zx::ComPtr<IXMLDOMNode> feature;
+        while (features->nextNode(&feature) == S_OK && feature) matches.push_back(std::move(feature));
+        m_features.Invalidate();
     }
+    for (const zx::ComPtr<IXMLDOMNode>& feature : matches) {
+        zx::ComPtr<IXMLDOMNode> parent;
+        if (SUCCEEDED(feature->get_parentNode(&parent)) && parent) {
+            const HRESULT hr = DetachNode(feature.Get());
+            if (FAILED(hr)) {
+                m_features.Invalidate();
+                return hr;
+            }
+        }
+        ++removed;
+    }
+    m_features.Removed(positions);
     return S_OK;
 }
 
@@ -215,17 +267,65 @@ HRESULT VPrintTicketHandler::SelectOption(const wchar_t* namePrefix, const wchar
     ZX_RETURN_IF_FAILED(query.AddFeature(namePrefix, featureName));
     if (subFeatureName != nullptr) ZX_RETURN_IF_FAILED(query.AddFeature(KeywordsPrefix(), subFeatureName));
     ZX_RETURN_IF_FAILED(query.AddOptionValue(KeywordsPrefix()));
+    const HRESULT indexed = IndexedOption(namePrefix, featureName, subFeatureName, option);
+    if (indexed != S_FALSE) return indexed;
     return SelectFirst(query, option);
 }
 
-// Only a text that has something to strip is stripped: a document without a keywords prefix, or
-// an empty option name, is read as it stands.
+// The query selects, below each matching feature (or sub-feature), its Option children and the
+// Value children of its OptionName scored properties, and takes the first in document order.
+// With one match that is the first such child of it; with several, the query decides.
+HRESULT VPrintTicketHandler::IndexedOption(const wchar_t* namePrefix, const wchar_t* featureName,
+                                           const wchar_t* subFeatureName, IXMLDOMNode** option) {
+    *option = nullptr;
+    std::vector<size_t> features;
+    if (!IndexedFeatures(FrameworkPrefix(), namePrefix, featureName, features) || features.size() > 1) return S_FALSE;
+    if (features.empty()) return zx::kNotFound;
+    size_t chosen = features.front();
+    if (subFeatureName != nullptr) {
+        std::vector<size_t> subFeatures;
+        if (!IndexedFeatures(FrameworkPrefix(), KeywordsPrefix(), subFeatureName, subFeatures)) return S_FALSE;
+        const size_t last = m_features.LastInside(chosen);
+        std::erase_if(subFeatures, [chosen, last](size_t position) { return position <= chosen || position > last; });
+        if (subFeatures.size() > 1) return S_FALSE;
+        if (subFeatures.empty()) return zx::kNotFound;
+        chosen = subFeatures.front();
+    }
+    return NotFoundIfNothing(FirstOptionOf(m_features.Node(chosen), option));
+}
+
+HRESULT VPrintTicketHandler::FirstOptionOf(IXMLDOMNode* feature, IXMLDOMNode** option) {
+    const std::wstring optionName = std::wstring(KeywordsPrefix()) + L"OptionName";
+    zx::ComPtr<IXMLDOMNode> child;
+    ZX_RETURN_IF_FAILED(feature->get_firstChild(&child));
+    while (child) {
+        if (IsFrameworkElement(child.Get(), Vocabulary::Option)) {
+            *option = child.Detach();
+            return S_OK;
+        }
+        zx::unique_bstr name;
+        if (IsFrameworkElement(child.Get(), Vocabulary::ScoredProperty) &&
+            GetAttributeText(child.Get(), Vocabulary::Name, name.put()) == S_OK &&
+            optionName == std::wstring_view(name.get(), ::SysStringLen(name.get()))) {
+            const HRESULT hr = SelectChild(child.Get(), Vocabulary::Value, option);
+            if (hr != S_FALSE) return hr;
+        }
+        zx::ComPtr<IXMLDOMNode> next;
+        ZX_RETURN_IF_FAILED(child->get_nextSibling(&next));
+        child = next;
+    }
+    return S_FALSE;
+}
+
+// Only a text that has something to strip is stripped: a document without a keywords prefix is
+// read as it stands. The owner keeps its text until the stripped copy exists, so a copy that runs
+// out of memory leaks nothing.
 HRESULT VPrintTicketHandler::StripKeywordPrefixIfAny(zx::unique_bstr& text) {
     if (!text || IsEmpty(KeywordsPrefix())) return S_OK;
-    BSTR owned = text.release();
-    const HRESULT hr = StripKeywordPrefix(&owned);
-    text.reset(owned);
-    return hr;
+    ZX_RETURN_HR_IF(E_INVALIDARG, ::SysStringLen(text.get()) == 0);
+    zx::unique_bstr stripped = WithoutFirstOccurrence(text.get(), KeywordsPrefix());
+    if (stripped) text = std::move(stripped);
+    return S_OK;
 }
 
 HRESULT VPrintTicketHandler::GetSelectedOption(const wchar_t* featureName, BSTR* option) {
@@ -276,6 +376,24 @@ HRESULT VPrintTicketHandler::GetScoredPropertyText(const wchar_t* featureName, c
     VPrintTicketQueryBuilder query(FrameworkPrefix());
     ZX_RETURN_IF_FAILED(query.AddFeature(KeywordsPrefix(), featureName));
     ZX_RETURN_IF_FAILED(query.AddScoredProperty(KeywordsPrefix(), propertyName));
+    // With one matching feature, the property is the first of that name below it.
+    std::vector<size_t> features;
+    if (IndexedFeatures(FrameworkPrefix(), KeywordsPrefix(), featureName, features) && features.size() <= 1) {
+        if (features.empty()) return zx::kNotFound;
+        const std::wstring wanted = std::wstring(KeywordsPrefix()) + propertyName;
+        zx::ComPtr<IXMLDOMNode> property;
+        VisitDescendants(m_features.Node(features.front()), [&](IXMLDOMNode* node) {
+            zx::unique_bstr name;
+            if (IsFrameworkElement(node, Vocabulary::ScoredProperty) &&
+                GetAttributeText(node, Vocabulary::Name, name.put()) == S_OK &&
+                wanted == std::wstring_view(name.get(), ::SysStringLen(name.get()))) {
+                property = node;
+            }
+            return !property;
+        });
+        if (!property) return zx::kNotFound;
+        return GetPropertyValueText(property.Get(), text);
+    }
     zx::unique_bstr xpath;
     ZX_RETURN_IF_FAILED(query.GetQuery(xpath.put()));
     return GetValueText(xpath.get(), text);
@@ -292,11 +410,10 @@ HRESULT VPrintTicketHandler::GetScoredPropertyInt(const wchar_t* featureName, co
 HRESULT VPrintTicketHandler::StripKeywordPrefix(BSTR* text) {
     ZX_RETURN_HR_IF_NULL(E_POINTER, text);
     ZX_RETURN_HR_IF(E_INVALIDARG, ::SysStringLen(*text) == 0 || IsEmpty(KeywordsPrefix()));
-    VStringBuffer stripped(*text);
-    if (!RemoveFirstOccurrence(stripped, KeywordsPrefix())) return S_OK;
-    zx::unique_bstr replacement = stripped.ToBstr();
+    zx::unique_bstr stripped = WithoutFirstOccurrence(*text, KeywordsPrefix());
+    if (!stripped) return S_OK;
     ::SysFreeString(*text);
-    *text = replacement.release();
+    *text = stripped.release();
     return S_OK;
 }
 

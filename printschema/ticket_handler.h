@@ -75,6 +75,15 @@ public:
     static HRESULT RemovePrefix(zx::unique_bstr text, _In_opt_z_ const wchar_t* prefix, VStringBuffer& result);
 
 private:
+    // The positions in the feature list of the features named namePrefix + featureName, when the
+    // list can answer a lookup made with this framework prefix; false: run the query.
+    bool IndexedFeatures(const wchar_t* frameworkPrefix, const wchar_t* namePrefix, const wchar_t* featureName,
+                         std::vector<size_t>& positions);
+    // The option of a feature, or of the one sub-feature below it, from the feature list; S_FALSE:
+    // run the query, as the list cannot tell which of several matches comes first.
+    HRESULT IndexedOption(const wchar_t* namePrefix, const wchar_t* featureName, const wchar_t* subFeatureName,
+                          IXMLDOMNode** option);
+    HRESULT FirstOptionOf(IXMLDOMNode* feature, IXMLDOMNode** option);
     HRESULT FindRootElement(const wchar_t* rootName, IXMLDOMNode** root);
     HRESULT RemoveFeatures(const wchar_t* namePrefix, const wchar_t* featureName, long& removed);
     HRESULT CreateNamedFeature(const wchar_t* featurePrefix, const wchar_t* featureName, const wchar_t* optionPrefix,

@@ -104,21 +104,28 @@ STDMETHODIMP VPrintTicketProvider::ConvertPrintTicketToDevMode(IXMLDOMDocument2*
                                                                PVOID pPrivateDevmode) {
     const HRESULT checks =
         zx::CheckConversionArguments(pDevmode, pPrivateDevmode, pPrintTicket, cbDevmode, cbDrvPrivateSize);
+    VConversionDocument ticket(pPrintTicket);
     return ForEachConverter(checks, [&](IFeatureDMPTConvert& converter) {
-        return converter.ConvertPrintTicketToDevMode(pPrintTicket, cbDevmode, pDevmode, cbDrvPrivateSize,
-                                                     pPrivateDevmode);
+        return converter.ConvertPrintTicketToDevMode(ticket, cbDevmode, pDevmode, cbDrvPrivateSize, pPrivateDevmode);
     });
 }
 
-// The converters observe the client from the first conversion on; each conversion notifies them
-// once, so that the device-data converter writes what the printer now reports.
-void VPrintTicketProvider::NotifyConverters() {
+// The converters observe the client from the first conversion on: all of them, or none when
+// memory runs out, so that a later conversion attaches each once. Each conversion notifies them
+// once, so that the device-data converter writes what the printer now reports. A notification
+// that fails leaves the converters with the record they had, and the conversion goes on.
+void VPrintTicketProvider::NotifyConverters() noexcept {
     if (!m_deviceClient) return;  // not bound to a printer
-    if (!m_convertersObserveClient) {
-        for (const auto& converter : m_converters) m_deviceClient->Attach(converter.get());
-        m_convertersObserveClient = true;
+    try {
+        if (!m_convertersObserveClient) {
+            std::vector<IObserver*> observers;
+            for (const auto& converter : m_converters) observers.push_back(converter.get());
+            m_deviceClient->AttachAll(observers);
+            m_convertersObserveClient = true;
+        }
+        m_deviceClient->Notify();
+    } catch (...) {
     }
-    m_deviceClient->Notify();
 }
 
 STDMETHODIMP VPrintTicketProvider::ConvertDevModeToPrintTicket(ULONG cbDevmode, PDEVMODEW pDevmode,
@@ -127,21 +134,19 @@ STDMETHODIMP VPrintTicketProvider::ConvertDevModeToPrintTicket(ULONG cbDevmode, 
     const HRESULT checks =
         zx::CheckConversionArguments(pDevmode, pPrivateDevmode, pPrintTicket, cbDevmode, cbDrvPrivateSize);
     if (FAILED(checks)) return checks;
-    const HRESULT notified = zx::GuardConverter([this] {
-        NotifyConverters();
-        return S_OK;
-    });
-    return ForEachConverter(notified, [&](IFeatureDMPTConvert& converter) {
-        return converter.ConvertDevModeToPrintTicket(cbDevmode, pDevmode, cbDrvPrivateSize, pPrivateDevmode,
-                                                     pPrintTicket);
+    NotifyConverters();
+    VConversionDocument ticket(pPrintTicket);
+    return ForEachConverter(S_OK, [&](IFeatureDMPTConvert& converter) {
+        return converter.ConvertDevModeToPrintTicket(cbDevmode, pDevmode, cbDrvPrivateSize, pPrivateDevmode, ticket);
     });
 }
 
 STDMETHODIMP VPrintTicketProvider::CompletePrintCapabilities(IXMLDOMDocument2* pPrintTicket,
                                                              IXMLDOMDocument2* pCapabilities) {
     if (pCapabilities == nullptr) return E_POINTER;
+    VConversionDocument capabilities(pCapabilities);
     return ForEachConverter(S_OK, [&](IFeatureDMPTConvert& converter) {
-        return converter.CompletePrintCapabilities(pPrintTicket, pCapabilities);
+        return converter.CompletePrintCapabilities(pPrintTicket, capabilities);
     });
 }
 

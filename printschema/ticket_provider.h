@@ -34,12 +34,15 @@ public:
     STDMETHODIMP ExpandIntentOptions(IXMLDOMDocument2* pPrintTicket) override;
     STDMETHODIMP ValidatePrintTicket(IXMLDOMDocument2* pBaseTicket) override;
 
+    // The device-model client made by the first BindPrinter; null before.
+    const VUDMClient* DeviceClient() const noexcept { return m_deviceClient.get(); }
+
 private:
     // Runs an operation on each converter in order while the running result is a success.
     template <typename Operation>
     HRESULT ForEachConverter(HRESULT result, Operation operation);
     // Hands the device-model client's accessory record to the converters before a conversion.
-    void NotifyConverters();
+    void NotifyConverters() noexcept;
 
     HANDLE m_printer = nullptr;  // not owned
     zx::ComPtr<IPrintCoreHelperUni> m_helper;

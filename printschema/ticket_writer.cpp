@@ -5,6 +5,17 @@
 
 using PrintSchema::Prefix::Private;
 
+// A feature placed anywhere but last makes the feature list read the document again.
+HRESULT VTicketWriter::AppendChild(IXMLDOMNode* parent, IXMLDOMNode* child) {
+    bool holdsFeature = IsFrameworkElement(child, PrintSchema::Vocabulary::Feature);
+    VisitDescendants(child, [&holdsFeature](IXMLDOMNode* node) {
+        holdsFeature = holdsFeature || IsFrameworkElement(node, PrintSchema::Vocabulary::Feature);
+        return !holdsFeature;
+    });
+    if (holdsFeature) m_features.Invalidate();
+    return parent->appendChild(child, nullptr);
+}
+
 HRESULT VTicketWriter::AppendPrivateFeature(const wchar_t* feature, const wchar_t* option) {
     zx::ComPtr<IXMLDOMElement> featureElement, optionElement;
     HRESULT hr = CreatePrefixedFeatureOption(feature, option, &featureElement, &optionElement, Private, Private);

@@ -8,7 +8,8 @@ class VTicketWriter : public VPrintTicketHandler {
 public:
     using VPrintTicketHandler::VPrintTicketHandler;
 
-    static HRESULT AppendChild(IXMLDOMNode* parent, IXMLDOMNode* child) { return parent->appendChild(child, nullptr); }
+    // Appends child to parent, an element anywhere in the document.
+    HRESULT AppendChild(IXMLDOMNode* parent, IXMLDOMNode* child);
 
     // A new ns0000: feature with one ns0000: option, appended to the root.
     HRESULT AppendPrivateFeature(const wchar_t* feature, const wchar_t* option);

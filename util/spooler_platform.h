@@ -62,16 +62,24 @@ unique_spooler_handle OpenPrinterThroughPlatform(const wchar_t* printerName, PRI
 
 // The largest block a spooler call may ask for: a larger size is taken for a lie.
 inline constexpr DWORD kMaxSpoolerBlock = 4 * 1024 * 1024;
+// Most blocks fit this much, which spares the call that asks for the size.
+inline constexpr DWORD kFirstSpoolerBlock = 4096;
 
-// Runs a spooler call that fills a caller's buffer: first without a buffer to learn the size,
-// then with a buffer of that size (at least minimumSize bytes, zero-filled). Empty when the
-// second call fails or the size is out of bounds. call(buffer, size, needed) returns a BOOL.
+// Runs a spooler call that fills a caller's buffer (zero-filled, at least minimumSize bytes):
+// first with a buffer of kFirstSpoolerBlock bytes, and when that is too small, once more with a
+// buffer of the size the call asked for. Empty when the call fails, asks for nothing, or asks for
+// more than kMaxSpoolerBlock. call(buffer, size, needed) returns a BOOL.
 template <typename Call>
 std::vector<BYTE> QuerySpoolerBlock(Call&& call, size_t minimumSize) {
+    std::vector<BYTE> block(minimumSize > kFirstSpoolerBlock ? minimumSize : kFirstSpoolerBlock);
     DWORD needed = 0;
-    call(nullptr, 0, &needed);
-    if (needed == 0 || needed > kMaxSpoolerBlock) return {};
-    std::vector<BYTE> block(needed < minimumSize ? minimumSize : needed);
+    if (call(block.data(), kFirstSpoolerBlock, &needed)) {
+        if (needed == 0 || needed > kFirstSpoolerBlock) return {};
+        block.resize(needed < minimumSize ? minimumSize : needed);
+        return block;
+    }
+    if (needed <= kFirstSpoolerBlock || needed > kMaxSpoolerBlock) return {};
+    block.assign(needed < minimumSize ? minimumSize : needed, 0);
     if (!call(block.data(), needed, &needed)) return {};
     return block;
 }

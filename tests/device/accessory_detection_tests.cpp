@@ -60,6 +60,42 @@ TEST_F(AccessoryTest, TheFirstQueryStoresTheAnswersKeepsTheRecordAndLeavesNothin
     EXPECT_EQ(std::optional<DWORD>(1), spooler.Number(L"BidiQuery"));
 }
 
+// One query per notification, its record handed to every observer told; outside a notification
+// every GetData asks, so a restarted query cycle or new stored answers show at once.
+TEST_F(AccessoryTest, EachNotificationAsksOnceAndEveryOtherGetDataAsksAgain) {
+    struct Observer : IObserver {
+        void Update(ISubject* subject) override { records.push_back(subject->GetData()); }
+        std::vector<IBiDiData*> records;
+    } first, second;
+    auto client = Client();
+    EXPECT_EQ(kColourDevice, AccessoriesOf(client->GetData()));
+    spooler.data[L"ColorPrinting"] = NumberValue(0);
+    EXPECT_EQ(0, client->GetData()->GetColorPrinting());
+    spooler.data[L"BidiQuery"] = NumberValue(0);
+    bed.UseSampleProfile(L"mono-basic.profile");
+    EXPECT_EQ(kMonoDevice, AccessoriesOf(client->GetData()));
+
+    const int readsBefore = spooler.dataReads;
+    client->GetData();
+    const int readsPerQuery = spooler.dataReads - readsBefore;
+    client->AttachAll(std::vector<IObserver*>{&first, &second, &first});
+    client->Notify();
+    EXPECT_EQ(readsBefore + 2 * readsPerQuery, spooler.dataReads);
+    EXPECT_EQ((std::vector<IBiDiData*>{client->GetData(), client->GetData()}), first.records);
+}
+
+// A query that fails by an exception hands out the record the client has, or the default record.
+TEST_F(AccessoryTest, AQueryThatRunsOutOfMemoryGivesTheRecordItHasOrTheDefaults) {
+    spooler.readsRunOutOfMemory = true;
+    auto client = Client();
+    EXPECT_EQ((Accessories{1, 0, 0, 1, 1, 1}), AccessoriesOf(client->GetData()));
+    spooler.readsRunOutOfMemory = false;
+    IBiDiData* record = client->GetData();
+    EXPECT_EQ(kColourDevice, AccessoriesOf(record));
+    spooler.readsRunOutOfMemory = true;
+    EXPECT_EQ(record, client->GetData());
+}
+
 TEST_F(AccessoryTest, AFailedQueryGivesTheDefaultsOnceAndAsksAgainNextTime) {
     for (const char* profile : {"!no-address\ncfg:Protocol=KELP\n", "!no-collection\ncfg:Protocol=KELP\n"}) {
         bed.WriteProfile(profile);
@@ -164,6 +200,23 @@ TEST_F(AccessoryTest, EachAnswerIsStoredByTheRuleOfItsKey) {
     bed.WriteProfile("cfg:Protocol=(i4)5\nCID=CID:X\n");  // a number names no protocol
     EXPECT_EQ(S_OK, Client()->RunDeviceQuery());
     EXPECT_TRUE(spooler.data.empty());
+}
+
+// A data map may name any value; the plug-in's own are not the device's to overwrite.
+TEST_F(AccessoryTest, DataMapItemsNamedLikeThePluginsOwnValuesAreRefused) {
+    bed.WriteDataMap(R"(<DataMaps><XMLDataMap Protocol="KELP"><StaticDataItem Name="CID"/>
+        <DataItem Name="PrinterGUID"/><DataItem Prefix="x" Name="InstallOver"/><DataItem Name="bidiquery"/>
+        <DataItem Name="CurrentShortcut"/><DataItem Prefix="m" Name="Tray2ManuallyChanged"/>
+        <DataItem Name="TrayState2"/></XMLDataMap></DataMaps>)");
+    bed.WriteProfile(
+        "Protocol=KELP\nCID=CID:X;\nPrinterGUID=1\nx:InstallOver=1\nbidiquery=1\nCurrentShortcut=1\n"
+        "m:Tray2ManuallyChanged=1\nTrayState2=1\n");
+    spooler.data[L"PrinterGUID"] = TextValue(L"5c2-1-2-3456789ab", false);
+    EXPECT_EQ(S_OK, Client()->RunDeviceQuery());
+    EXPECT_EQ(std::optional<std::wstring>(L"5c2-1-2-3456789ab"), spooler.Text(L"PrinterGUID"));
+    std::vector<std::wstring> stored;
+    for (const auto& [name, value] : spooler.data) stored.push_back(name);
+    EXPECT_EQ((std::vector<std::wstring>{L"CID", L"PrinterGUID", L"TrayState2"}), stored);
 }
 
 TEST_F(AccessoryTest, EachPortKindAddressesTheDeviceItsWay) {

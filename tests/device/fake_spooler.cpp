@@ -1,6 +1,7 @@
 #include "tests/device/fake_spooler.h"
 
 #include <cstring>
+#include <new>
 
 namespace zxtest {
 namespace {
@@ -28,6 +29,13 @@ public:
         if (text.empty() || !Fits()) return nullptr;
         std::memcpy(m_buffer + offset, text.c_str(), bytes);
         return reinterpret_cast<LPWSTR>(m_buffer + offset);
+    }
+    LPBYTE AddBytes(const std::vector<BYTE>& bytes) {
+        const size_t offset = m_used;
+        m_used += bytes.size();
+        if (bytes.empty() || !Fits()) return nullptr;
+        std::memcpy(m_buffer + offset, bytes.data(), bytes.size());
+        return m_buffer + offset;
     }
     template <typename Info>
     BOOL Finish(const Info* records, size_t count, LPDWORD needed) {
@@ -62,7 +70,8 @@ BOOL WINAPI FakeGetPrinter(HANDLE handle, DWORD level, LPBYTE buffer, DWORD size
     PRINTER_INFO_2W info{};
     BlockWriter writer(buffer, size, sizeof(info));
     info.pPrinterName = writer.Add(L"P");
-    info.pPortName = writer.Add(Spooler().portName);
+    info.pPortName = Spooler().portNameOutsideBlock ? const_cast<LPWSTR>(Spooler().portNameOutsideBlock)
+                                                    : writer.Add(Spooler().portName);
     info.pDriverName = writer.Add(Spooler().driverName);
     return writer.Finish(&info, 1, needed);
 }
@@ -77,6 +86,8 @@ BOOL WINAPI FakeGetPrinterDriver(HANDLE handle, LPWSTR, DWORD level, LPBYTE buff
 
 DWORD WINAPI FakeGetPrinterData(HANDLE handle, LPWSTR name, LPDWORD type, LPBYTE buffer, DWORD size, LPDWORD needed) {
     if (!IsPrinter(handle)) return ERROR_INVALID_HANDLE;
+    ++Spooler().dataReads;
+    if (Spooler().readsRunOutOfMemory) throw std::bad_alloc();
     const auto found = Spooler().data.find(name);
     if (found == Spooler().data.end()) return ERROR_FILE_NOT_FOUND;
     const StoredValue& value = found->second;
@@ -98,8 +109,30 @@ DWORD WINAPI FakeSetPrinterDataEx(HANDLE handle, LPCWSTR key, LPCWSTR name, DWOR
     return ERROR_SUCCESS;
 }
 
+DWORD WINAPI FakeEnumPrinterDataEx(HANDLE handle, LPCWSTR key, LPBYTE buffer, DWORD size, LPDWORD needed,
+                                   LPDWORD returned) {
+    if (!IsPrinter(handle) || !Spooler().listsValues) return ERROR_INVALID_FUNCTION;
+    ++Spooler().dataReads;
+    if (std::wstring(key) != L"PrinterDriverData") return ERROR_FILE_NOT_FOUND;
+    const auto& data = Spooler().data;
+    std::vector<PRINTER_ENUM_VALUESW> records;
+    BlockWriter writer(buffer, size, data.size() * sizeof(PRINTER_ENUM_VALUESW));
+    for (const auto& [name, value] : data) {
+        PRINTER_ENUM_VALUESW record{};
+        record.pValueName = writer.Add(name);
+        record.cbValueName = static_cast<DWORD>((name.size() + 1) * sizeof(wchar_t));
+        record.dwType = value.type;
+        record.pData = writer.AddBytes(value.bytes);
+        record.cbData = static_cast<DWORD>(value.bytes.size());
+        records.push_back(record);
+    }
+    *returned = static_cast<DWORD>(records.size());
+    return writer.Finish(records.data(), records.size(), needed) ? ERROR_SUCCESS : ERROR_MORE_DATA;
+}
+
 BOOL WINAPI FakeEnumPorts(LPWSTR, DWORD level, LPBYTE buffer, DWORD size, LPDWORD needed, LPDWORD returned) {
     const auto& ports = Spooler().ports;
+    ++Spooler().portListings;
     std::vector<PORT_INFO_2W> records(ports.size());
     BlockWriter writer(buffer, size, records.size() * sizeof(PORT_INFO_2W));
     for (size_t i = 0; i < ports.size(); ++i) {
@@ -143,6 +176,7 @@ FakeSpooler::FakeSpooler() {
     table.getPrinter = FakeGetPrinter;
     table.getPrinterDriver = FakeGetPrinterDriver;
     table.getPrinterData = FakeGetPrinterData;
+    table.enumPrinterDataEx = FakeEnumPrinterDataEx;
     table.setPrinterDataEx = FakeSetPrinterDataEx;
     table.enumPorts = FakeEnumPorts;
     table.xcvData = FakeXcvData;

@@ -47,10 +47,13 @@ public:
 
     // The printer.
     std::wstring portName = L"USB001";
+    const wchar_t* portNameOutsideBlock = nullptr;  // a port name the printer information points to elsewhere
     std::wstring driverName = L"ZX Inkjet Simulator Driver";
     std::wstring driverPath = L"C:\\drivers\\zxcoresim.dll";
     std::map<std::wstring, StoredValue, CaseInsensitiveLess> data;  // under "PrinterDriverData"
     bool refuseAllWrites = false;
+    bool readsRunOutOfMemory = false;  // reading driver data throws std::bad_alloc
+    bool listsValues = true;           // EnumPrinterDataExW answers
     // A handle as a caller without the right to change the printer holds it.
     HANDLE OpenRestricted();
 
@@ -60,6 +63,8 @@ public:
 
     // What the code did.
     std::vector<std::wstring> openedNames;
+    int dataReads = 0;  // GetPrinterDataW and EnumPrinterDataExW calls
+    int portListings = 0;
     std::vector<std::wstring> refusedWrites;
     std::vector<DWORD> xcvOutputSizes;
     std::vector<std::wstring> xcvPortNames;  // what the caller put in the output's port-name field

@@ -52,6 +52,18 @@ TEST_F(PortTest, KindsComeFromNameMarkersThenFromTheDescriptionOfTheLastPortOfTh
     EXPECT_TRUE(spooler.xcvOutputSizes.empty());
     VPrinterAccess nameless(nullptr, nullptr);
     EXPECT_FALSE(zx::ClassifyPort(nameless));
+    // A port's description is asked for, and its transceiver opened, once per printer object.
+    const int listings = spooler.portListings;
+    const size_t opened = spooler.openedNames.size();
+    EXPECT_TRUE(Classify(L"IP_1"));
+    EXPECT_TRUE(Classify(L"IP_1"));
+    EXPECT_EQ(listings + 1, spooler.portListings);
+    EXPECT_EQ(opened + 1, spooler.openedNames.size());
+    // The port name is read only from within the spooler's block.
+    spooler.portNameOutsideBlock = L"USB001";
+    EXPECT_FALSE(zx::ClassifyPort(access));
+    EXPECT_EQ(L"", access.PortName());
+    spooler.portNameOutsideBlock = nullptr;
 
     // A port's description is that of the last port of its name.
     spooler.ports.push_back({L"LPT1:", L"Second LPT1"});

@@ -39,6 +39,43 @@ TEST(PrinterAccess, ReadsNumbersAsTheirLow16BitsTextWithOrWithoutTerminatorAndFa
     }
 }
 
+// An accessory query reads the whole driver data with one spooler call; each value reads as it
+// does on its own, and a spooler that does not list values has them read one by one.
+TEST(PrinterAccess, DriverDataListedAtOnceReadsAsEachValueOnItsOwn) {
+    zxtest::FakeSpooler spooler;
+    spooler.data = {{L"Big", zxtest::NumberValue(0x00010001)},
+                    {L"Short", zxtest::StoredValue{REG_DWORD, {7, 1}}},
+                    {L"Bare", zxtest::TextValue(L"abc", false)},
+                    {L"Ended", zxtest::TextValue(L"de")},
+                    {L"Long", zxtest::TextValue(std::wstring(300, L'L'))},
+                    {L"Empty", zxtest::StoredValue{REG_SZ, {}}},
+                    {L"Binary", zxtest::StoredValue{REG_BINARY, {1, 2, 3}}}};
+    VPrinterAccess access(L"P", nullptr);
+    const auto outcome = [](Read read, const zx::unique_variant& value) {
+        std::wstring text = std::to_wstring(static_cast<int>(read)) + L" " + std::to_wstring(value.type()) + L" ";
+        if (value.type() == VT_BSTR) text += std::wstring((*value).bstrVal, SysStringLen((*value).bstrVal));
+        if (value.type() == VT_BOOL) text += std::to_wstring((*value).boolVal);
+        return text;
+    };
+    const wchar_t* const names[] = {L"Big", L"short", L"Bare", L"Ended", L"Long", L"Empty", L"Binary", L"Absent"};
+    for (const bool lists : {true, false}) {
+        spooler.listsValues = lists;
+        const VStoredValues stored(access);
+        std::vector<std::wstring> listed, own;
+        const int readsBefore = spooler.dataReads;
+        for (const wchar_t* name : names) {
+            zx::unique_variant value;
+            listed.push_back(outcome(stored.Read(name, value), value));
+        }
+        EXPECT_EQ(lists, readsBefore == spooler.dataReads);
+        for (const wchar_t* name : names) {
+            zx::unique_variant value;
+            own.push_back(outcome(access.ReadValue(name, value), value));
+        }
+        EXPECT_EQ(own, listed);
+    }
+}
+
 // The restricted handle has each write refused once; it is tried again through a handle with
 // full access, which is closed again.
 TEST(PrinterAccess, WritesTextWithoutTerminatorBooleansAsFourBytesAndNothingElseRetryingRefusedWrites) {

@@ -1,24 +1,122 @@
 // The log module configured through Wine's registry, writing real files: filtering, line
 // composition, the size limit, the queue, the header, function traces and the translation of
 // processor faults.
+#include "diagnostics/external_monitor.h"
 #include "diagnostics/file_version_info.h"
 #include "diagnostics/log_function.h"
 #include "diagnostics/log_module.h"
 #include "diagnostics/win32_exception.h"
 #include "drvhost/printer_install.h"
+#include "tests/support/debugger_output.h"
+#include "tests/support/failing_allocator.h"
 
 #include <gtest/gtest.h>
 
 #include <fstream>
 #include <regex>
 #include <sstream>
+#include <thread>
 
 using namespace NGLogging;
+
+// Every lookup of thread-local storage in this program passes here (the program is linked with
+// --wrap for it), so that a test can count the lookups one thread makes. The first lookup of a
+// thread allocates its storage.
+namespace {
+volatile DWORD g_watchedThread = 0;
+volatile LONG g_watchedLookups = 0;
+}  // namespace
+
+extern "C" void* __real___emutls_get_address(void* object);
+extern "C" void* __wrap___emutls_get_address(void* object) {
+    if (g_watchedThread == ::GetCurrentThreadId()) ::InterlockedIncrement(&g_watchedLookups);
+    return __real___emutls_get_address(object);
+}
 
 namespace {
 
 constexpr wchar_t kRoot[] = L"Software\\ZX\\NG\\Logging";
 constexpr wchar_t kModule[] = L"DiagModule";
+
+// An external monitor that records each call and the thread it came on.
+struct MonitorCall {
+    std::string what;
+    DWORD thread;
+};
+std::vector<MonitorCall> g_monitorCalls;
+
+class RecordingMonitor final : public IExternalLogMonitor {
+public:
+    STDMETHODIMP QueryInterface(REFIID riid, void** object) override {
+        *object = nullptr;
+        if (!IsEqualIID(riid, IID_IUnknown) && !IsEqualIID(riid, IID_IDispatch) &&
+            !IsEqualIID(riid, IID_IExternalLogMonitor)) {
+            return E_NOINTERFACE;
+        }
+        *object = static_cast<IExternalLogMonitor*>(this);
+        AddRef();
+        return S_OK;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override { return static_cast<ULONG>(::InterlockedIncrement(&m_count)); }
+    STDMETHODIMP_(ULONG) Release() override {
+        const LONG left = ::InterlockedDecrement(&m_count);
+        if (left == 0) {
+            Record("Release");
+            delete this;
+        }
+        return static_cast<ULONG>(left);
+    }
+    STDMETHODIMP GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
+    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
+        return E_NOTIMPL;
+    }
+    STDMETHODIMP Attach(BSTR, BSTR) override { return Record("Attach"); }
+    STDMETHODIMP Detach(BSTR) override { return Record("Detach"); }
+    STDMETHODIMP ClassEntered(BSTR) override { return Record("ClassEntered"); }
+    STDMETHODIMP FunctionEntered(BSTR) override { return Record("FunctionEntered"); }
+    STDMETHODIMP FunctionLeft(BSTR) override { return Record("FunctionLeft"); }
+
+private:
+    static HRESULT Record(const char* what) {
+        g_monitorCalls.push_back({what, ::GetCurrentThreadId()});
+        return S_OK;
+    }
+    volatile LONG m_count = 1;
+};
+
+// Registered for the calling thread's apartment while it lives.
+class RegisteredMonitorClass final : public IClassFactory {
+public:
+    static constexpr CLSID kClass = {0x5a1f0c3e, 0x2b7d, 0x4e61, {0x9a, 0x3c, 0x11, 0x22, 0x33, 0x44, 0x55, 0x66}};
+    static constexpr wchar_t kClassText[] = L"{5A1F0C3E-2B7D-4E61-9A3C-112233445566}";
+
+    RegisteredMonitorClass() {
+        ::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+        EXPECT_EQ(S_OK, ::CoRegisterClassObject(kClass, this, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &m_cookie));
+    }
+    ~RegisteredMonitorClass() {
+        ::CoRevokeClassObject(m_cookie);
+        ::CoUninitialize();
+    }
+    STDMETHODIMP QueryInterface(REFIID riid, void** object) override {
+        *object = IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IClassFactory) ? this : nullptr;
+        return *object ? S_OK : E_NOINTERFACE;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override { return 2; }  // lives on the test's stack
+    STDMETHODIMP_(ULONG) Release() override { return 1; }
+    STDMETHODIMP CreateInstance(IUnknown*, REFIID riid, void** object) override {
+        auto* monitor = new RecordingMonitor();
+        const HRESULT hr = monitor->QueryInterface(riid, object);
+        monitor->Release();
+        return hr;
+    }
+    STDMETHODIMP LockServer(BOOL) override { return S_OK; }
+
+private:
+    DWORD m_cookie = 0;
+};
 
 class LoggingTest : public testing::Test {
 protected:
@@ -148,6 +246,42 @@ TEST_F(LoggingTest, LinesWaitInAQueueWhileAnotherWriterHoldsTheFile) {
         Contents());
 }
 
+// A file that cannot be opened keeps its newest lines only, by count and by size; the debugger
+// hears of every failed attempt, and the file, once it opens, of the lines dropped.
+TEST_F(LoggingTest, AFileThatCannotBeOpenedQueuesItsNewestLinesOnly) {
+    const std::wstring folder = logFile + L".folder";
+    std::wstring unopenable = folder + L"\\queued.log";
+    DeleteFileW(unopenable.c_str());
+    RemoveDirectoryW(folder.c_str());
+    Configure(L"", Category::Warning, 0, 0, &unopenable);
+    CLogModule log(kModule, "Jan 18 2026", "09:30:15", 0, 30);
+    zxtest::DebuggerOutput debugger;
+    for (int line = 0; line < 1500; ++line) {
+        log.WriteLine(nullptr, Category::Warning, nullptr, (L"line " + std::to_wstring(line)).c_str());
+    }
+    const std::string report = "Unable to open log file:\r\n<" + std::string(unopenable.begin(), unopenable.end());
+    EXPECT_EQ(0u, debugger.Text().find(report)) << debugger.Text().substr(0, 200);
+
+    ASSERT_TRUE(CreateDirectoryW(folder.c_str(), nullptr));
+    log.WriteLine(nullptr, Category::Warning, nullptr, L"opened");
+    std::string expected = "--- Queued Lines Start ---\r\n--- 500 Queued Lines Dropped ---\r\n";
+    for (int line = 500; line < 1500; ++line) expected += "(WN) line " + std::to_string(line) + "\r\n";
+    EXPECT_EQ(expected + "--- Queued Lines End ---\r\n(WN) opened\r\n", Contents(unopenable));
+
+    // A megabyte of queued lines is the most kept.
+    DeleteFileW(unopenable.c_str());
+    RemoveDirectoryW(folder.c_str());
+    const std::wstring longLine(20000, L'x');
+    for (int line = 0; line < 60; ++line) log.WriteLine(nullptr, Category::Warning, nullptr, longLine.c_str());
+    ASSERT_TRUE(CreateDirectoryW(folder.c_str(), nullptr));
+    log.WriteLine(nullptr, Category::Warning, nullptr, L"opened again");
+    const std::string contents = Contents(unopenable);
+    EXPECT_NE(std::string::npos, contents.find("--- 8 Queued Lines Dropped ---"));
+    EXPECT_GT(size_t{1024 * 1024 + 1000}, contents.size());
+    DeleteFileW(unopenable.c_str());
+    RemoveDirectoryW(folder.c_str());
+}
+
 TEST_F(LoggingTest, HeaderBlockOpensTheFile) {
     Configure(L"", Category::Warning | Category::Header, 0);
     CLogModule log(kModule, "Jan 18 2026", "09:30:15", 0, 30);
@@ -221,6 +355,47 @@ TEST_F(LoggingTest, ABadTextPointerDropsTheLineAndKeepsTheLastError) {
     EXPECT_EQ("(WN) kept\r\n", Contents());
 }
 
+// Out of memory, logging goes quiet instead of failing its caller: no plug-in log, a module that
+// writes nothing until its next line, a trace that writes nothing.
+TEST_F(LoggingTest, RunningOutOfMemoryQuietensTheLogAndNeverFailsTheCaller) {
+    Configure(L"", Category::Warning | Category::FunctionEntry | Category::FunctionExit, 0);
+    for (zxtest::AllocationSweep sweep; sweep.NextRun();) {
+        {
+            const auto refusal = sweep.Refuse();
+            CreatePluginLog();
+        }
+        if (PluginLog()) PluginLog()->WriteLine(nullptr, Category::Warning, nullptr, L"made");
+        DestroyPluginLog();
+    }
+
+    // The first line makes the module's shared blocks; when that fails, the next line tries again.
+    for (zxtest::AllocationSweep sweep; sweep.NextRun();) {
+        DeleteFileW(logFile.c_str());
+        CLogModule log(kModule, "Jan 18 2026", "09:30:15", 0, 30);
+        {
+            const auto refusal = sweep.Refuse();
+            log.WriteLine(nullptr, Category::Warning, nullptr, L"first");
+        }
+        log.WriteLine(nullptr, Category::Warning, nullptr, L"second");
+        EXPECT_NE(std::string::npos, Contents().find("(WN) second\r\n")) << sweep.Run();
+    }
+
+    CLogModule log(kModule, "Jan 18 2026", "09:30:15", 0, 30);
+    for (zxtest::AllocationSweep sweep; sweep.NextRun();) {
+        bool thrown = false;
+        {
+            const auto refusal = sweep.Refuse();
+            try {
+                CLogFunction trace(log, L"render.cpp", L"zx::VPrinter::Print", 10, 0, false, L"page %d", 2);
+                trace.ReturnInt(1);
+            } catch (...) {
+                thrown = true;
+            }
+        }
+        EXPECT_FALSE(thrown) << sweep.Run();
+    }
+}
+
 TEST(FileVersionInfo, ValuesComeFromTheLastTranslationThatHasThem) {
     const NGUtils::CFileVersionInfo plugin((drvhost::ProgramDirectory() + L"zxtaluUI14.dll").c_str());
     EXPECT_STREQ(L"14.0.0.0", plugin.FileVersion());
@@ -228,4 +403,83 @@ TEST(FileVersionInfo, ValuesComeFromTheLastTranslationThatHasThem) {
     const NGUtils::CFileVersionInfo two((drvhost::ProgramDirectory() + L"zx_two_translations.exe").c_str());
     EXPECT_STREQ(L"Deutsche Ausgabe", two.FileDescription());
     EXPECT_EQ(nullptr, NGUtils::CFileVersionInfo(L"").GetValue(L"FileVersion"));
+}
+
+// While one thread is inside a guarded call, the fault handler sees the exceptions of every
+// thread. Those it does not translate, debugger output among them, pass untouched: no storage of
+// the raising thread is looked up, so none is allocated during exception dispatch.
+TEST(FaultTranslation, OtherThreadsExceptionsPassWithoutTouchingTheirStorage) {
+    constexpr DWORD kApplicationException = 0xE0001234;
+    PVOID resume = ::AddVectoredExceptionHandler(0, [](PEXCEPTION_POINTERS info) -> LONG {
+        return info->ExceptionRecord->ExceptionCode == kApplicationException ? EXCEPTION_CONTINUE_EXECUTION
+                                                                             : EXCEPTION_CONTINUE_SEARCH;
+    });
+    volatile LONG guarding = 0, done = 0;
+    std::thread guarded([&] {
+        struct Wait {
+            volatile LONG* guarding;
+            volatile LONG* done;
+            void operator()() {
+                *guarding = 1;
+                while (*done == 0) YieldProcessor();
+            }
+        } wait{&guarding, &done};
+        NGUtils::CallTranslatingFaults(wait);
+    });
+    while (guarding == 0) ::Sleep(1);
+    std::thread other([] {
+        g_watchedLookups = 0;
+        g_watchedThread = ::GetCurrentThreadId();
+        ::RaiseException(kApplicationException, 0, 0, nullptr);
+        ::OutputDebugStringW(L"passes by\n");
+        g_watchedThread = 0;
+    });
+    other.join();
+    done = 1;
+    guarded.join();
+    ::RemoveVectoredExceptionHandler(resume);
+    EXPECT_EQ(0, g_watchedLookups);
+}
+
+// The monitor belongs to the apartment of the thread that configured it: only that thread calls
+// it, tells it goodbye and releases it. Traces on other threads are not reported, and a module
+// destroyed on another thread leaves its monitor alone.
+TEST_F(LoggingTest, TheExternalMonitorIsCalledOnlyOnTheThreadThatMadeIt) {
+    const RegisteredMonitorClass monitorClass;
+    Configure(L"", Category::FunctionEntry | Category::FunctionExit, 0);
+    Configure(Executable(), Category::FunctionEntry | Category::FunctionExit, 0);
+    HKEY key = nullptr;
+    RegOpenKeyExW(HKEY_LOCAL_MACHINE, (std::wstring(kRoot) + L"\\" + Executable()).c_str(), 0, KEY_ALL_ACCESS, &key);
+    const std::wstring classId = RegisteredMonitorClass::kClassText;
+    RegSetValueExW(key, L"ExtMonitorCLSID", 0, REG_SZ, reinterpret_cast<const BYTE*>(classId.c_str()),
+                   static_cast<DWORD>((classId.size() + 1) * sizeof(wchar_t)));
+    SetDword(key, L"ExtMonitorFlags", MonitorFlag::ClassChanges | MonitorFlag::Entries | MonitorFlag::Exits);
+    RegCloseKey(key);
+
+    g_monitorCalls.clear();
+    {
+        CLogModule log(kModule, "Jan 18 2026", "09:30:15", 0, 30);
+        { CLogFunction trace(log, nullptr, L"Sheet::Open", 1); }
+        std::thread([&log] { CLogFunction trace(log, nullptr, L"Spooler::Print", 2); }).join();
+    }
+    auto elsewhere = std::make_unique<CLogModule>(kModule, "Jan 18 2026", "09:30:15", 0, 30);
+    { CLogFunction trace(*elsewhere, nullptr, L"Sheet::Close", 3); }
+    std::thread([&elsewhere] { elsewhere.reset(); }).join();
+
+    std::vector<std::string> calls;
+    for (const MonitorCall& call : g_monitorCalls) {
+        EXPECT_EQ(::GetCurrentThreadId(), call.thread) << call.what;
+        calls.push_back(call.what);
+    }
+    EXPECT_EQ((std::vector<std::string>{"Attach", "ClassEntered", "FunctionEntered", "FunctionLeft", "Detach",
+                                        "Release", "Attach", "ClassEntered", "FunctionEntered", "FunctionLeft"}),
+              calls);
+}
+
+TEST(LogPrefix, MicrosecondsStayExactForAnyUptime) {
+    constexpr long long kTenMegahertz = 10000000;
+    EXPECT_EQ(1500000, MicrosecondsOf(15000000, kTenMegahertz));
+    const long long twentyDays = 20LL * 24 * 3600;
+    EXPECT_EQ(twentyDays * 1000000 + 250000, MicrosecondsOf(twentyDays * kTenMegahertz + 2500000, kTenMegahertz));
+    EXPECT_EQ(7, MicrosecondsOf(7, 1000000));
 }

@@ -62,7 +62,7 @@ const ProcessInspection kStandIn = {
         return TRUE;
     },
     [](HANDLE process, HMODULE module, LPWSTR path, DWORD capacity) {
-        if (process == kClientHandle && module == nullptr) return CopyPath(g_host.clientExecutable, path, capacity);
+        if (process != nullptr && module == nullptr) return CopyPath(g_host.clientExecutable, path, capacity);
         return CopyPath(g_host.modules.at(reinterpret_cast<size_t>(module) - 1), path, capacity);
     },
     []() { return g_host.commandLine.data(); },
@@ -101,8 +101,35 @@ TEST_F(ApplicationDetection, PlainProcessesAreNamedByTheirFileDescription) {
     EXPECT_EQ(L"Unknown", Detected(Beside(L"missing.exe")));
     std::wstring digits;
     while (digits.size() < kMaxApplicationName) digits += L"0123456789";
-    EXPECT_EQ(digits.substr(0, kMaxApplicationName), Detected(Beside(L"zx_long_description.exe")));
+    EXPECT_EQ(L"_" + digits.substr(0, kMaxApplicationName - 1), Detected(Beside(L"zx_long_description.exe")));
     EXPECT_TRUE(g_host.opened.empty());
+}
+
+// The option's name must be an XML name, or the host refuses every ticket of the application.
+TEST(ApplicationOptionName, CharactersAnXmlNameCannotHoldBecomeUnderscores) {
+    const std::pair<const wchar_t*, const wchar_t*> cases[] = {
+        {L"My  Report Tool", L"My__Report_Tool"},
+        {L"7-Zip File Manager", L"_7-Zip_File_Manager"},
+        {L"Notepad++", L"Notepad__"},
+        {L"Microsoft\u00AE Word", L"Microsoft__Word"},
+        {L"Adobe Acrobat DC (32-bit)", L"Adobe_Acrobat_DC__32-bit_"},
+        {L"Paint: Editor", L"Paint__Editor"},
+        {L"Explorer.EXE", L"Explorer.EXE"},
+        {L"\u00DCbersicht \u00B7 Fotos", L"\u00DCbersicht_\u00B7_Fotos"},
+        {L"-dash", L"_-dash"},
+        {L"\u00B7dot", L"_\u00B7dot"},
+        {L"Photos \U0001F4F7", L"Photos_\U0001F4F7"},  // a surrogate pair stays whole
+        {L"a\xD800\x0062", L"a_b"},                    // a lone surrogate does not
+    };
+    for (const auto& [description, option] : cases) {
+        VStringBuffer name(description);
+        MakeOptionName(name);
+        EXPECT_STREQ(option, name.c_str());
+    }
+    VStringBuffer cutPair(std::wstring(kMaxApplicationName - 1, L'a').c_str());
+    cutPair.Append(L"\U0001F4F7");
+    MakeOptionName(cutPair);
+    EXPECT_EQ(std::wstring(kMaxApplicationName - 1, L'a'), cutPair.c_str());
 }
 
 TEST_F(ApplicationDetection, ThePrintHostOf32BitApplicationsNamesTheSpoolersClient) {
@@ -138,6 +165,29 @@ TEST_F(ApplicationDetection, KnownHostsAreRecognisedByModulesOrCommandLine) {
     EXPECT_EQ(L"Unknown", Detected(Beside(L"hosts\\rundll32.exe")));
     g_host.commandLine = L"rundll32.exe C:\\Windows\\System32\\shimgvw.dll,ImageView_PrintTo";
     EXPECT_EQ(L"Microsoft_Windows_Fax_and_Scan", Detected(Beside(L"hosts\\rundll32.exe")));
+}
+
+// A process runs one program: its name is found once. The print host of 32-bit applications
+// serves one client after another, so its name follows the client the spooler names.
+TEST_F(ApplicationDetection, TheNameIsFoundOncePerProcessOrOncePerClientOfThePrintHost) {
+    g_host.executable = Beside(L"zx_report_tool.exe");
+    EXPECT_EQ(L"My_Report_Tool", PrintingApplicationName());
+    const int pathReads = g_host.pathReads;
+    g_host.executable = Beside(L"zx_print_server.exe");
+    EXPECT_EQ(L"My_Report_Tool", PrintingApplicationName());
+    EXPECT_EQ(pathReads, g_host.pathReads);
+    ReplaceProcessInspection(kStandIn);  // a new table forgets what the old one told
+    EXPECT_EQ(L"WordPerfect", PrintingApplicationName());
+
+    ReplaceProcessInspection(kStandIn);
+    g_host.executable = L"C:\\Windows\\splwow64.exe";
+    g_host.clientExecutable = Beside(L"zx_report_tool.exe");
+    EXPECT_EQ(L"My_Report_Tool", PrintingApplicationName());
+    EXPECT_EQ(L"My_Report_Tool", PrintingApplicationName());
+    EXPECT_EQ(1u, g_host.opened.size());
+    g_host.clientId = kClientId + 1;
+    g_host.clientExecutable = Beside(L"zx_two_translations.exe");
+    EXPECT_EQ(L"Deutsche_Ausgabe", PrintingApplicationName());
 }
 
 TEST_F(ApplicationDetection, OnlyTheFirst260ModulesAreLookedAt) {

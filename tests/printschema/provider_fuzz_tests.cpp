@@ -1,12 +1,14 @@
 // Hostile PrintTickets and private blocks through every operation of the provider: elements
 // dropped, duplicated and renamed, prefixes changed, huge names and values, random private
-// blocks. Every call must come back with an HRESULT and give back every reference it took.
+// blocks, DEVMODE headers whose size fields lie. Every call must come back with an HRESULT, give
+// back every reference it took and never tell the core driver a DEVMODE larger than the host's.
 // ZX_FUZZ_ITERATIONS sets the number of mutated tickets (a fixed seed makes runs repeatable).
 #include "drvhost/core_driver.h"
 #include "drvhost/print_schema.h"
 #include "drvhost/printer_install.h"
 #include "printschema/print_schema_names.h"
 #include "tests/printschema/dom_support.h"
+#include "tests/support/fake_core_helper.h"
 #include "tests/support/plugin_module.h"
 
 #include <gtest/gtest.h>
@@ -106,6 +108,9 @@ private:
 TEST(ProviderRobustness, HostileTicketsAndBlocksGiveHResultsAndKeepNoReferences) {
     CoreDriver core(LoadPrinterDescription(ProgramDirectory() + kDescriptionFile));
     JobDevMode job(core.Description(), 64, L"ZX");
+    zxtest::FakeCoreHelper checked;  // the core driver's helper, with the sizes it is told recorded
+    checked.behaviour = zxtest::FakeCoreHelper::Behaviour::Forward;
+    checked.forwardTo = core.CoreHelper();
     auto provider = zxtest::CreateTicketProvider();
     OEMPTOPTS options;
     INT count = 0;
@@ -113,7 +118,7 @@ TEST(ProviderRobustness, HostileTicketsAndBlocksGiveHResultsAndKeepNoReferences)
     ASSERT_EQ(S_OK, provider->BindPrinter(reinterpret_cast<HANDLE>(1), 1, &options, &count, &namespaces));
     SysFreeString(namespaces[0]);
     CoTaskMemFree(namespaces);
-    ASSERT_EQ(S_OK, provider->PublishPrintTicketHelper(core.CoreHelper()));
+    ASSERT_EQ(S_OK, provider->PublishPrintTicketHelper(static_cast<IPrintOemDriverUI*>(&checked)));
 
     const std::wstring base = BuildPrintTicket(core.Description(), [&job](size_t f) { return job.Selection(f); },
                                                PrintSchema::Uri::Device);
@@ -126,6 +131,13 @@ TEST(ProviderRobustness, HostileTicketsAndBlocksGiveHResultsAndKeepNoReferences)
         for (BYTE& byte : block) byte = static_cast<BYTE>(random());
         const ULONG blockSize = static_cast<ULONG>(block.size());
         const ULONG before = zxtest::RefCount(ticket.Get());
+        const DEVMODEW header = *job.Public();
+        switch (std::uniform_int_distribution<int>(0, 7)(random)) {  // a header that claims more, less, anything
+        case 0: job.Public()->dmDriverExtra = static_cast<WORD>(header.dmDriverExtra + 1 + random() % 60000); break;
+        case 1: job.Public()->dmDriverExtra = static_cast<WORD>(random() % header.dmDriverExtra); break;
+        case 2: job.Public()->dmSize = static_cast<WORD>(random()); break;
+        default: break;
+        }
 
         provider->ConvertDevModeToPrintTicket(job.TotalSize(), job.Public(), blockSize, block.data(), ticket.Get());
         provider->ConvertPrintTicketToDevMode(ticket.Get(), job.TotalSize(), job.Public(), blockSize, block.data());
@@ -134,7 +146,9 @@ TEST(ProviderRobustness, HostileTicketsAndBlocksGiveHResultsAndKeepNoReferences)
         const HRESULT verdict = provider->ValidatePrintTicket(ticket.Get());
         EXPECT_TRUE(verdict == S_PT_NO_CONFLICT || FAILED(verdict)) << "iteration " << iteration;
         ASSERT_EQ(before, zxtest::RefCount(ticket.Get())) << "iteration " << iteration;
+        ASSERT_LE(checked.largestDevModeSize, job.TotalSize()) << "iteration " << iteration;
+        *job.Public() = header;
     }
     provider.Reset();
-    EXPECT_EQ(1u, zxtest::RefCount(core.CoreHelper()));  // only the core driver's own
+    EXPECT_EQ(1u, checked.RefCount());  // only the test's own
 }

@@ -5,9 +5,14 @@
 #include "drvhost/print_schema.h"
 #include "drvhost/printer_install.h"
 #include "printschema/bidi_converter.h"
+#include "device/udm_client.h"
 #include "printschema/print_schema_names.h"
+#include "printschema/ticket_provider.h"
 #include "settings/private_devmode.h"
 #include "tests/printschema/dom_support.h"
+#include "tests/support/debugger_output.h"
+#include "tests/support/failing_allocator.h"
+#include "tests/support/fake_core_helper.h"
 #include "tests/support/plugin_module.h"
 
 #include <gtest/gtest.h>
@@ -191,12 +196,27 @@ TEST_F(ProviderTest, NUpContentIsWrittenOnlyForSeveralPagesPerSheet) {
                L"//psf:Feature[@name='ns0000:DocumentPageRanges']/psf:Feature[@name='ns0000:Stage']/psf:Option/@name"));
 }
 
+// A ticket without the job's N-up feature skips the N-up steps; the converters after it still
+// write theirs.
+TEST_F(ProviderTest, ATicketWithoutTheNUpFeatureStillGetsThePrivateFeatures) {
+    Set("DocumentNUp", "4");
+    Set("TouchByUser", "On");
+    auto ticket = LoadDocument(zxtest::Ticket(
+        L"<psf:Feature name='ns0000:JobZXApplicationTracking'><psf:Option name='ns0000:Old'/></psf:Feature>"));
+    EXPECT_EQ(S_OK, ToTicket(ticket.Get()));
+    EXPECT_EQ(L"ns0000:Unknown", OptionOf(ticket.Get(), L"ns0000:JobZXApplicationTracking"));
+}
+
 TEST_F(ProviderTest, WritesTheJobsPrivateFeaturesFromTheDevMode) {
     Set("PaperSize", "A4");
     Set("DuplexUnit", "FALSE");  // no two-sided unit: two-sided printing by hand
     Set("PageOutputQuality", "Draft");
     auto ticket = BaseTicket();
+    const zxtest::DebuggerOutput debugger;
     ASSERT_EQ(S_OK, ToTicket(ticket.Get()));
+    // Application tracking, two-sided printing by hand, the draft resolution, then the two memories.
+    const std::string made = "appendChild succeeded..\n", appended = "Element appended successfully...";
+    EXPECT_EQ(made + appended + made + appended + made + made + made, debugger.Text());
 
     EXPECT_EQ(L"ns0000:Unknown", OptionOf(ticket.Get(), L"ns0000:JobZXApplicationTracking"));
     EXPECT_EQ(L"ns0000:ON", OptionOf(ticket.Get(), L"ns0000:JobZXPrintOnBothSidesManually"));
@@ -278,8 +298,9 @@ TEST(BidiConverter, WritesWhatTheDeviceReports) {
         if (device) converter.Update(device);
         DEVMODEW devMode{};
         VPrivateDevMode block{};
-        EXPECT_EQ(S_OK, converter.ConvertDevModeToPrintTicket(sizeof(devMode), &devMode, sizeof(block), &block,
-                                                              ticket.Get()));
+        VConversionDocument document(ticket.Get());
+        EXPECT_EQ(S_OK,
+                  converter.ConvertDevModeToPrintTicket(sizeof(devMode), &devMode, sizeof(block), &block, document));
         return ticket;
     };
     auto monochrome = convert(&mono);
@@ -292,4 +313,71 @@ TEST(BidiConverter, WritesWhatTheDeviceReports) {
     EXPECT_EQ(L"ns0000:_7", OptionOf(colour.Get(), L"psk:JobInputBin"));
     auto unknown = convert(nullptr);
     EXPECT_EQ(L"ns0000:_7", OptionOf(unknown.Get(), L"psk:JobInputBin"));
+}
+
+// The host says how large the DEVMODE is; a header that claims more is not passed on to the core
+// driver, which would read that far.
+TEST(ProviderInput, DevModeHeadersClaimingMoreThanTheHostPassedAreNotBelieved) {
+    zxtest::FakeCoreHelper helper;
+    helper.SetOption("DocumentBinding", "None");
+    helper.SetOption("JobNUpAllDocumentsContiguously", "1");
+    helper.SetOption("DocumentNUp", "1");
+    helper.SetOption("DrawBorders", "Off");
+    auto provider = zxtest::CreateTicketProvider();
+    ASSERT_EQ(S_OK, provider->PublishPrintTicketHelper(static_cast<IPrintOemDriverUI*>(&helper)));
+    std::vector<BYTE> bytes(sizeof(DEVMODEW) + 64);
+    auto* devMode = reinterpret_cast<DEVMODEW*>(bytes.data());
+    devMode->dmSize = sizeof(DEVMODEW);
+    devMode->dmDriverExtra = 4000;
+    VPrivateDevMode block{};
+    auto ticket = LoadDocument(zxtest::Ticket(
+        L"<psf:Feature name='ns0000:JobZXPrintOnBothSidesManually'><psf:Option name='ns0000:OFF'/></psf:Feature>"));
+    const ULONG size = static_cast<ULONG>(bytes.size());
+    EXPECT_EQ(S_OK, provider->ConvertDevModeToPrintTicket(size, devMode, sizeof(block), &block, ticket.Get()));
+    EXPECT_LT(3u, helper.askedDevModeSizes.size());
+    EXPECT_EQ(size, helper.largestDevModeSize);
+    provider.Reset();
+}
+
+// Out of memory anywhere in a conversion, the provider answers with an HRESULT, and the next
+// conversion is as if nothing had happened: the same ticket, each converter attached once.
+TEST(ProviderOutOfMemory, AConversionThatRunsOutOfMemoryLeavesTheNextOneAsBefore) {
+    CoreDriver core{LoadPrinterDescription(ProgramDirectory() + kDescriptionFile)};
+    JobDevMode job{core.Description(), kPrivateSize, L"ZX"};
+    zx::WritePrivateDevModeHeader(static_cast<VPrivateDevMode*>(job.PluginBlock()));
+    const std::wstring base = BuildPrintTicket(
+        core.Description(), [&job](size_t f) { return job.Selection(f); }, PrintSchema::Uri::Device);
+    const auto newProvider = [&core] {
+        zx::ComPtr<VPrintTicketProvider> provider;
+        *provider.GetAddressOf() = new VPrintTicketProvider();
+        OEMPTOPTS options;
+        INT count = 0;
+        BSTR* namespaces = nullptr;
+        provider->BindPrinter(reinterpret_cast<HANDLE>(1), 1, &options, &count, &namespaces);
+        SysFreeString(namespaces[0]);
+        CoTaskMemFree(namespaces);
+        provider->PublishPrintTicketHelper(core.CoreHelper());
+        return provider;
+    };
+    const auto convert = [&job](VPrintTicketProvider& provider, IXMLDOMDocument2* ticket) {
+        return provider.ConvertDevModeToPrintTicket(job.TotalSize(), job.Public(), kPrivateSize, job.PluginBlock(),
+                                                    ticket);
+    };
+    auto reference = LoadDocument(base);
+    ASSERT_EQ(S_OK, convert(*newProvider().Get(), reference.Get()));
+
+    for (zxtest::AllocationSweep sweep; sweep.NextRun();) {
+        auto provider = newProvider();
+        auto ticket = LoadDocument(base);
+        HRESULT hr = E_UNEXPECTED;
+        {
+            const auto refusal = sweep.Refuse();
+            hr = convert(*provider.Get(), ticket.Get());
+        }
+        EXPECT_TRUE(hr == S_OK || hr == E_OUTOFMEMORY || hr == E_FAIL) << sweep.Run() << " " << std::hex << hr;
+        auto next = LoadDocument(base);
+        EXPECT_EQ(S_OK, convert(*provider.Get(), next.Get())) << sweep.Run();
+        EXPECT_EQ(zxtest::XmlOf(reference.Get()), zxtest::XmlOf(next.Get())) << sweep.Run();
+        EXPECT_EQ(4u, provider->DeviceClient()->ObserverCount()) << sweep.Run();
+    }
 }

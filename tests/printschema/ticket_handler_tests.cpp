@@ -1,9 +1,12 @@
 // Feature, option, property and parameter operations of the ticket handler on real MSXML 6
 // documents, and hostile documents that must give HRESULTs.
-#include "printschema/ticket_handler.h"
+#include "printschema/query_builder.h"
+#include "printschema/ticket_writer.h"
 #include "tests/printschema/dom_support.h"
+#include "tests/support/failing_allocator.h"
 
 #include <gtest/gtest.h>
+#include <psapi.h>
 
 using namespace zxtest;
 
@@ -193,4 +196,137 @@ TEST(HostileTicket, DeepNestingAndMissingAttributesGiveResults) {
     EXPECT_EQ(kNotFoundOutcome, Outcome(handler.GetScoredPropertyText(L"NoRefName", L"P", option.put()), option));
     EXPECT_EQ(S_OK, handler.DeleteFeature(L"Level"));
     EXPECT_EQ(kNotFound, handler.FindFeature(L"Level"));
+}
+
+namespace {
+
+// What the query itself selects, for comparison with the handler's answer from its feature list.
+std::wstring QueriedNode(VPrintTicketHandler& handler, const wchar_t* namePrefix, const wchar_t* feature,
+                         const wchar_t* subFeature, bool option) {
+    VPrintTicketQueryBuilder query(handler.FrameworkPrefix());
+    query.AddFeature(namePrefix, feature);
+    if (subFeature) query.AddFeature(handler.KeywordsPrefix(), subFeature);
+    if (option) query.AddOptionValue(handler.KeywordsPrefix());
+    zx::unique_bstr xpath;
+    query.GetQuery(xpath.put());
+    zx::ComPtr<IXMLDOMNode> node;
+    handler.SelectSingleNode(xpath.get(), &node);
+    return node ? XmlOf(node.Get()) : L"<none>";
+}
+
+std::wstring OptionNode(VPrintTicketHandler& handler, const wchar_t* namePrefix, const wchar_t* feature,
+                        const wchar_t* subFeature) {
+    zx::unique_bstr name;
+    const HRESULT hr = subFeature ? handler.GetSubFeatureOption(feature, subFeature, name.put())
+                                  : handler.GetPrefixedSelectedOption(feature, name.put(), namePrefix);
+    return Outcome(hr, name);
+}
+
+std::wstring QueriedOption(VPrintTicketHandler& handler, const wchar_t* namePrefix, const wchar_t* feature,
+                           const wchar_t* subFeature) {
+    const std::wstring xml = QueriedNode(handler, namePrefix, feature, subFeature, true);
+    if (xml == L"<none>") return kNotFoundOutcome;
+    auto node = LoadDocument(xml);
+    std::wstring name = TextAt(node.Get(), L"/*/@name");
+    if (name == L"<none>") name = TextAt(node.Get(), L"/*");
+    if (name.starts_with(handler.KeywordsPrefix())) name.erase(0, std::wcslen(handler.KeywordsPrefix()));
+    return name;
+}
+
+}  // namespace
+
+// The handler answers feature lookups from its list of the ticket's features and keeps the list in
+// step with its own edits; every answer must be the query's, also where features repeat, nest,
+// or sit inside options, and whatever prefix the document gives the framework.
+TEST(FeatureList, AnswersAsTheQueriesDoAcrossEdits) {
+    const std::wstring body =
+        L"<f:Feature name='psk:A'><f:Option name='psk:Outer'/>"
+        L"<f:Feature name='psk:A'><f:Option name='psk:Inner'/></f:Feature></f:Feature>"
+        L"<f:Feature name='psk:N'><f:Option><f:ScoredProperty name='psk:PagesPerSheet'>"
+        L"<f:Value xsi:type='xsd:integer'>4</f:Value></f:ScoredProperty></f:Option>"
+        L"<f:Feature name='psk:Dir'><f:Option name='psk:TopLeft'/>"
+        L"<f:Feature name='psk:Dir'><f:Option name='psk:Nested'/></f:Feature></f:Feature></f:Feature>"
+        L"<f:Feature name='psk:B'><f:Option name='psk:Only'><f:Feature name='psk:C'><f:Option name='psk:InOption'/>"
+        L"</f:Feature></f:Option></f:Feature>"
+        L"<f:Feature name='psk:Q'><f:ScoredProperty name='psk:OptionName'><f:Value>psk:ByValue</f:Value>"
+        L"</f:ScoredProperty><f:Option name='psk:Later'/></f:Feature>"
+        L"<f:Feature name='ns0000:P'><f:Option name='ns0000:Private'/></f:Feature>";
+    std::wstring text = Ticket(body);
+    for (const auto& [from, to] : {std::pair{L"xmlns:psf=", L"xmlns:f="}, {L"<psf:", L"<f:"}, {L"</psf:", L"</f:"}}) {
+        for (size_t at = text.find(from); at != std::wstring::npos; at = text.find(from, at)) {
+            text.replace(at, std::wcslen(from), to);
+        }
+    }
+    auto document = LoadDocument(text);
+    VTicketWriter handler(document.Get());
+    ASSERT_STREQ(L"f:", handler.FrameworkPrefix());
+
+    const std::tuple<const wchar_t*, const wchar_t*, const wchar_t*> lookups[] = {
+        {L"psk:", L"A", nullptr}, {L"psk:", L"N", L"Dir"},     {L"psk:", L"N", nullptr},
+        {L"psk:", L"B", nullptr}, {L"psk:", L"C", nullptr},    {L"psk:", L"Dir", nullptr},
+        {L"psk:", L"Q", nullptr}, {L"ns0000:", L"P", nullptr}, {L"psk:", L"Absent", nullptr},
+        {L"psk:", L"B", L"C"},    {L"psk:", L"A", L"A"}};
+    const auto compare = [&](const char* stage) {
+        for (const auto& [prefix, feature, subFeature] : lookups) {
+            zx::ComPtr<IXMLDOMNode> found;
+            handler.FindPrefixedFeature(feature, L"psf:", prefix, &found);
+            EXPECT_EQ(QueriedNode(handler, prefix, feature, nullptr, false), found ? XmlOf(found.Get()) : L"<none>")
+                << stage << " " << feature;
+            EXPECT_EQ(QueriedOption(handler, prefix, feature, subFeature),
+                      OptionNode(handler, prefix, feature, subFeature))
+                << stage << " " << feature << " " << (subFeature ? subFeature : L"");
+        }
+        zx::unique_bstr byList, byQuery;
+        handler.GetScoredPropertyText(L"N", L"PagesPerSheet", byList.put());
+        handler.GetValueText(L"//f:Feature[@name = \"psk:N\"]//f:ScoredProperty[@name = \"psk:PagesPerSheet\"]",
+                             byQuery.put());
+        EXPECT_EQ(Outcome(S_OK, byQuery), Outcome(S_OK, byList)) << stage;
+    };
+    compare("as loaded");
+
+    zx::ComPtr<IXMLDOMElement> feature, option;
+    ASSERT_EQ(S_OK, handler.CreateFeatureOption(L"A", L"Replaced", &feature, &option));
+    ASSERT_EQ(S_OK, handler.ReplaceFeatures(L"psk:", L"A", feature.Get()));
+    compare("after replacing nested features");
+    ASSERT_EQ(S_OK, handler.CreateFeatureOption(L"C", L"Appended", &feature, &option));
+    ASSERT_EQ(S_OK, handler.AppendToRoot(L"PrintTicket", feature.Get()));
+    compare("after appending to the root");
+    zx::ComPtr<IXMLDOMNode> target;
+    ASSERT_EQ(S_OK, handler.FindFeature(L"Q", &target));
+    ASSERT_EQ(S_OK, handler.CreateFeatureOption(L"Dir", L"InQ", &feature, &option));
+    ASSERT_EQ(S_OK, handler.AppendChild(target.Get(), feature.Get()));
+    compare("after appending inside a feature");
+    ASSERT_EQ(S_OK, handler.DeleteFeature(L"B"));
+    compare("after deleting a feature holding another");
+    ASSERT_EQ(S_OK, handler.DeleteFeature(L"C"));
+    ASSERT_EQ(S_OK, handler.DeleteFeature(L"Dir"));
+    compare("after deleting");
+}
+
+// An option name read from the ticket is freed when stripping its prefix runs out of memory.
+// Each attempt reads a name of 2 MB, so a copy kept on that path shows in the process's memory.
+TEST(TicketHandlerOutOfMemory, AFailedPrefixStripKeepsNoCopyOfTheName) {
+    const std::wstring hugeOption = L"psk:" + std::wstring(1024 * 1024, L'A');
+    auto document = LoadDocument(
+        Ticket(L"<psf:Feature name='psk:PageMediaType'><psf:Option name='" + hugeOption + L"'/></psf:Feature>"));
+    VPrintTicketHandler handler(document.Get());
+    const auto committed = [] {
+        PROCESS_MEMORY_COUNTERS counters{};
+        GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof(counters));
+        return static_cast<long long>(counters.PagefileUsage);
+    };
+    int failures = 0;
+    long long before = 0;
+    for (int attempt = 0; attempt <= 50; ++attempt) {
+        if (attempt == 1) before = committed();
+        const auto refusal = zxtest::RefusedAllocations::OfAtLeast(1024 * 1024);
+        zx::unique_bstr option;
+        try {
+            if (FAILED(handler.GetSelectedOption(L"PageMediaType", option.put()))) ++failures;
+        } catch (...) {
+            ++failures;
+        }
+    }
+    EXPECT_EQ(51, failures);
+    EXPECT_GT(20ll * 1024 * 1024, committed() - before);
 }

@@ -1,4 +1,6 @@
-// The string buffer, the query templates, and handler construction on real MSXML 6 documents.
+// The string buffer, the query templates, option-name lookups, and handler construction on real
+// MSXML 6 documents.
+#include "printschema/option_names.h"
 #include "printschema/query_builder.h"
 #include "printschema/ticket_handler.h"
 #include "tests/printschema/dom_support.h"
@@ -128,4 +130,15 @@ TEST(HandlerConstruction, WithoutKeywordsNamespaceNamesStayUnprefixed) {
     zx::ComPtr<IXMLDOMElement> feature, option;
     ASSERT_EQ(S_OK, handler.CreateFeatureOption(L"Duplex", L"OneSided", &feature, &option));
     EXPECT_EQ(L"Duplex OneSided", TextAt(feature.Get(), L"@name") + L" " + TextAt(option.Get(), L"@name"));
+}
+
+// Names compare as the platform compares BSTRs in the user's locale: letter case counts, a soft
+// hyphen does not.
+TEST(OptionNames, AreFoundByTheLocalesComparison) {
+    constexpr const wchar_t* kNames[] = {L"RightBottom", L"TopLeft"};
+    const std::pair<const wchar_t*, size_t> cases[] = {
+        {L"TopLeft", 1}, {L"Top\u00ADLeft", 1}, {L"topleft", 2}, {L"Top-Left", 2}, {L"", 2}};
+    for (const auto& [name, position] : cases) {
+        EXPECT_EQ(position, PositionOfOptionName(zx::MakeBstr(name).get(), kNames)) << name;
+    }
 }

@@ -1,5 +1,6 @@
 // The string libraries: where they are loaded from, what a missing one does, their lifetime; the
 // message box and the system version; the name tables and paper helpers measured against them.
+#include "core/class_factory.h"
 #include "core/ui_interface.h"
 #include "resources/paper_names.h"
 #include "resources/resource_libraries.h"
@@ -16,6 +17,7 @@
 #include <cstring>
 #include <set>
 #include <sstream>
+#include <thread>
 
 using namespace zxtest;
 
@@ -156,6 +158,33 @@ TEST_F(FakeSpoolerTest, BothLibrariesOrNeither) {
     EXPECT_EQ(E_FAIL, zx::LoadResourceLibraries(L"Printer"));
     EXPECT_EQ((std::vector<HMODULE>{MadeUpModule(1), MadeUpModule(2), MadeUpModule(3)}), fake.freed);
     EXPECT_EQ((std::pair<HMODULE, HMODULE>()), std::pair(zx::UiStringLibrary(), zx::FallbackStringLibrary()));
+}
+
+// Every provider request passes a UI object through the factory, on whichever print thread
+// asks; the sheet's object keeps the libraries loaded meanwhile.
+TEST_F(FakeSpoolerTest, ProvidersMadeOnPrintThreadsLeaveTheSheetsLibrariesLoaded) {
+    zx::ComPtr<VUIInterfaceImpl> sheet;
+    *sheet.GetAddressOf() = new VUIInterfaceImpl();
+    ASSERT_EQ(S_OK, zx::LoadResourceLibraries(L"Printer"));
+    zx::ComPtr<IClassFactory> factory;
+    *factory.GetAddressOf() = new VUIClassFactory();
+    std::vector<std::thread> printThreads;
+    for (int thread = 0; thread < 4; ++thread) {
+        printThreads.emplace_back([&factory] {
+            for (int request = 0; request < 20000; ++request) {
+                IUnknown* provider = nullptr;
+                if (SUCCEEDED(factory->CreateInstance(nullptr, IID_IPrintOemPrintTicketProvider,
+                                                      reinterpret_cast<void**>(&provider)))) {
+                    provider->Release();
+                }
+            }
+        });
+    }
+    for (std::thread& thread : printThreads) thread.join();
+    EXPECT_EQ(1, VUIInterfaceImpl::LiveCount());
+    EXPECT_TRUE(fake.freed.empty());
+    sheet.Reset();
+    EXPECT_EQ((std::vector<HMODULE>{MadeUpModule(1), MadeUpModule(2)}), fake.freed);
 }
 
 TEST_F(FakeSpoolerTest, WithoutThePrinterOrItsDriverFileNothingIsLoaded) {

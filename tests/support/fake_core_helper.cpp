@@ -1,5 +1,7 @@
 #include "tests/support/fake_core_helper.h"
 
+#include <algorithm>
+
 namespace zxtest {
 
 void FakeCoreHelper::SetOptionList(const std::string& feature, std::vector<std::string> options) {
@@ -42,15 +44,18 @@ STDMETHODIMP FakeCoreHelper::DrvUpdateUISetting(PVOID pci, PVOID pOptItem, DWORD
     return behaviour == Behaviour::FailEveryCall ? E_FAIL : S_OK;
 }
 
-STDMETHODIMP FakeCoreHelper::GetOption(const DEVMODEW*, DWORD cbSize, PCSTR pszFeatureRequested,
+STDMETHODIMP FakeCoreHelper::GetOption(const DEVMODEW* pDevmode, DWORD cbSize, PCSTR pszFeatureRequested,
                                        PCSTR* ppszOption) {
     askedFeatures.emplace_back(pszFeatureRequested ? pszFeatureRequested : "");
     askedDevModeSizes.push_back(cbSize);
+    largestDevModeSize = std::max(largestDevModeSize, cbSize);
+    if (behaviour == Behaviour::Forward) return forwardTo->GetOption(pDevmode, cbSize, pszFeatureRequested, ppszOption);
     if (ppszOption == nullptr || pszFeatureRequested == nullptr) return E_INVALIDARG;
     *ppszOption = nullptr;
     switch (behaviour) {
     case Behaviour::FailEveryCall: return E_FAIL;
     case Behaviour::NullOptions: return S_OK;
+    case Behaviour::Forward:
     case Behaviour::Answer: break;
     }
     const auto found = m_current.find(pszFeatureRequested);
@@ -59,8 +64,13 @@ STDMETHODIMP FakeCoreHelper::GetOption(const DEVMODEW*, DWORD cbSize, PCSTR pszF
     return getOptionResult;
 }
 
-STDMETHODIMP FakeCoreHelper::SetOptions(DEVMODEW*, DWORD, BOOL, const PRINT_FEATURE_OPTION* pFOPairs, DWORD cPairs,
-                                        DWORD* pcPairsWritten, DWORD*) {
+STDMETHODIMP FakeCoreHelper::SetOptions(DEVMODEW* pDevmode, DWORD cbSize, BOOL bResolveConflicts,
+                                        const PRINT_FEATURE_OPTION* pFOPairs, DWORD cPairs, DWORD* pcPairsWritten,
+                                        DWORD* pdwResult) {
+    largestDevModeSize = std::max(largestDevModeSize, cbSize);
+    if (behaviour == Behaviour::Forward) {
+        return forwardTo->SetOptions(pDevmode, cbSize, bResolveConflicts, pFOPairs, cPairs, pcPairsWritten, pdwResult);
+    }
     if (behaviour != Behaviour::Answer) return E_FAIL;
     for (DWORD i = 0; i < cPairs; ++i) m_current[pFOPairs[i].pszFeature] = pFOPairs[i].pszOption;
     if (pcPairsWritten) *pcPairsWritten = cPairs;
@@ -74,6 +84,7 @@ STDMETHODIMP FakeCoreHelper::EnumOptions(PCSTR pszFeatureKeyword, PCSTR** pOptio
     switch (behaviour) {
     case Behaviour::FailEveryCall: return E_FAIL;
     case Behaviour::NullOptions: return S_OK;
+    case Behaviour::Forward: return forwardTo->EnumOptions(pszFeatureKeyword, pOptionList, pdwNumOptions);
     case Behaviour::Answer: break;
     }
     const auto found = m_lists.find(pszFeatureKeyword);

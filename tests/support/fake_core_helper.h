@@ -1,6 +1,7 @@
 // A stand-in for the core driver's helper objects, for fault injection: it answers
 // IPrintOemDriverUI and IPrintCoreHelperUni from a table of options, or fails every call, or
-// answers with null options, and records what the plug-in asked.
+// answers with null options, or passes the option calls on to another helper, and records what
+// the plug-in asked.
 #pragma once
 
 #include "ddk/prcomoem.h"
@@ -13,7 +14,7 @@ namespace zxtest {
 
 class FakeCoreHelper : public IPrintOemDriverUI, public IPrintCoreHelperUni {
 public:
-    enum class Behaviour { Answer, FailEveryCall, NullOptions };
+    enum class Behaviour { Answer, FailEveryCall, NullOptions, Forward };
 
     FakeCoreHelper() = default;
     virtual ~FakeCoreHelper() = default;
@@ -23,13 +24,15 @@ public:
     bool offersDriverUI = true;
     bool offersCoreHelper = true;
     bool offersCoreHelperUni = true;
-    HRESULT getOptionResult = S_OK;  // returned with a found option
+    HRESULT getOptionResult = S_OK;            // returned with a found option
+    IPrintCoreHelperUni* forwardTo = nullptr;  // with Behaviour::Forward
     void SetOption(const std::string& feature, const std::string& option) { m_current[feature] = option; }
     void SetOptionList(const std::string& feature, std::vector<std::string> options);
 
     // What the plug-in did.
     std::vector<std::string> askedFeatures;
     std::vector<DWORD> askedDevModeSizes;
+    DWORD largestDevModeSize = 0;  // told to GetOption or SetOptions
     int updateUISettingCalls = 0;
     // Each DrvUpdateUISetting call, with the flags of the item's selected option at that moment.
     struct UpdateCall {
