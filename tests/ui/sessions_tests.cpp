@@ -6,11 +6,15 @@
 #include "drvhost/printer_install.h"
 #include "shortcuts/shortcut_store.h"
 #include "tests/shortcuts/shortcut_bed.h"
+#include "core/ui_interface.h"
 #include "tests/settings/settings_support.h"
+#include "tests/support/failing_allocator.h"
 #include "tests/ui/page_bed.h"
 #include "ui/shortcuts_page.h"
 
 #include <gtest/gtest.h>
+
+#include <set>
 
 using namespace zxtest;
 using drvhost::FeatureSheet;
@@ -271,4 +275,45 @@ TEST(PageCreation, TemplateByTheUsersLanguageAndStartPage) {
     }
     zx::ReplaceResourcePlatform(previous);
     EXPECT_EQ(E_POINTER, VPrintingShortcutPropPage().CreatePage(nullptr, {}));
+}
+
+// Memory running out at any point of a document sheet's set-up never crashes; a set-up step that
+// fails turns the object off, and DocumentPropertySheets then declines without adding a page.
+TEST(SessionSetUp, AFailedStepDisablesTheObject) {
+    InstallShortcutPrinter();
+    SheetBed sheet(SamplePrinter());
+    VPrivateDevMode block{};
+    sheet.params.pOEMDM = &block;
+    sheet.params.pPrinterName = const_cast<PWSTR>(kShortcutPrinter);
+    const auto addPage = [](HANDLE, UINT function, LPARAM, LPARAM) -> LONG_PTR {
+        return function == CPSFUNC_ADD_PROPSHEETPAGEW ? 0x5150 : 1;
+    };
+    std::set<HRESULT> answers;
+    for (zxtest::AllocationSweep sweep; sweep.NextRun();) {
+        zx::ComPtr<VUIInterfaceImpl> ui;
+        *ui.GetAddressOf() = new VUIInterfaceImpl();
+        ui->PublishDriverInterface(sheet.core.DriverUi());
+        ui->PublishDriverInterface(sheet.core.CoreHelper());
+        HRESULT set = E_PENDING;
+        {
+            const auto refusal = sweep.Refuse();
+            set = ui->CommonUIProp(OEMCUIP_DOCPROP, &sheet.params);
+        }
+        answers.insert(set);
+        PROPSHEETUI_INFO info{};
+        info.cbSize = sizeof(info);
+        info.Version = PROPSHEETUI_INFO_VERSION;
+        info.Reason = PROPSHEETUI_REASON_INIT;
+        info.pfnComPropSheet = addPage;
+        const HRESULT pages = ui->DocumentPropertySheets(&info, 0);
+        if (set == E_NOTIMPL) {
+            EXPECT_EQ(E_NOTIMPL, pages) << "run " << sweep.Run();
+            EXPECT_TRUE(ui->Pages().empty()) << "run " << sweep.Run();
+        }
+        if (set == S_OK) {
+            EXPECT_EQ(1u, ui->Pages().size()) << "run " << sweep.Run();
+        }
+    }
+    EXPECT_TRUE(answers.count(E_NOTIMPL)) << "no run failed inside the set-up";
+    EXPECT_TRUE(answers.count(S_OK));
 }
