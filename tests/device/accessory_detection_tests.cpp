@@ -1,5 +1,6 @@
 // Accessory detection against the device simulator on an in-memory spooler: the query cycle,
-// what is stored for each answer, the defaults after a failed query, and the re-query.
+// what is stored for each answer, the defaults after a failed query, the re-query, the model
+// markers and the observers.
 #include "devicesim/device_sim.h"
 #include "tests/device/accessories.h"
 #include "tests/device/device_bed.h"
@@ -12,6 +13,11 @@
 using namespace zxtest;
 
 namespace {
+
+struct RecordingObserver : IObserver {
+    void Update(ISubject* subject) override { records.push_back(subject->GetData()); }
+    std::vector<IBiDiData*> records;
+};
 
 class AccessoryTest : public testing::Test {
 protected:
@@ -63,10 +69,7 @@ TEST_F(AccessoryTest, TheFirstQueryStoresTheAnswersKeepsTheRecordAndLeavesNothin
 // One query per notification, its record handed to every observer told; outside a notification
 // every GetData asks, so a restarted query cycle or new stored answers show at once.
 TEST_F(AccessoryTest, EachNotificationAsksOnceAndEveryOtherGetDataAsksAgain) {
-    struct Observer : IObserver {
-        void Update(ISubject* subject) override { records.push_back(subject->GetData()); }
-        std::vector<IBiDiData*> records;
-    } first, second;
+    RecordingObserver first, second;
     auto client = Client();
     EXPECT_EQ(kColourDevice, AccessoriesOf(client->GetData()));
     spooler.data[L"ColorPrinting"] = NumberValue(0);
@@ -260,4 +263,44 @@ TEST_F(AccessoryTest, TheDataMapIsTheDriversChoiceOrTheDefault) {
     helper.behaviour = FakeCoreHelper::Behaviour::FailEveryCall;
     EXPECT_EQ(E_FAIL, client->CreateDataCollection(nullptr, collection.GetAddressOf(), path));
     EXPECT_EQ(bed.Directory() + L"mortaluDataMap.xml", path);
+}
+
+TEST_F(AccessoryTest, AnUnconnectedClientIgnoresNullObserversTellsRepeatsAgainAndHandsOutOneDefaultRecord) {
+    {
+        VUDMClient client(L"P", nullptr, &helper);
+        EXPECT_EQ(2u, helper.RefCount());
+        client.Notify();  // nobody to tell
+        RecordingObserver first, second;
+        for (IObserver* observer : {static_cast<IObserver*>(nullptr), static_cast<IObserver*>(&first),
+                                    static_cast<IObserver*>(&second), static_cast<IObserver*>(&first)}) {
+            client.Attach(observer);
+        }
+        client.Notify();
+        ASSERT_EQ(2u, first.records.size());
+        ASSERT_EQ(1u, second.records.size());
+        EXPECT_EQ(first.records[0], second.records[0]);
+        EXPECT_EQ(first.records[0], first.records[1]);
+        EXPECT_EQ((Accessories{1, 0, 0, 1, 1, 1}), AccessoriesOf(first.records[0]));
+        EXPECT_FALSE(client.IsConnected());
+        EXPECT_TRUE(spooler.data.empty());  // an unconnected client asks nothing
+        client.DetachAll();
+        client.Notify();
+        EXPECT_EQ(2u, first.records.size());
+    }
+    EXPECT_EQ(1u, helper.RefCount());
+    EXPECT_TRUE(spooler.handles.empty());
+}
+
+TEST(AccessoryRecord, ModelMarkersAreFoundInAnyCaseFirstMarkerFirst) {
+    struct Case {
+        const wchar_t* identity;
+        int32_t familyA, family;
+    };
+    VIOData record;
+    for (const Case& c : {Case{L"qamb-9", 0, 2}, Case{L"TORVELL QAMA", 1, 1}, Case{L"CID:Torvell_1", 0, 0},
+                          Case{L"", 0, 0} /* no marker: the family stays */}) {
+        MatchModelFamily(record, c.identity);
+        EXPECT_EQ(c.familyA, record.IsModelFamilyA()) << c.identity;
+        EXPECT_EQ(c.family, record.GetModelFamily()) << c.identity;
+    }
 }

@@ -7,43 +7,25 @@
 
 using Read = VPrinterAccess::ValueRead;
 
-TEST(PrinterAccess, ReadsNumbersAsTheirLow16BitsTextWithOrWithoutTerminatorAndFailsOnLyingStores) {
-    zxtest::FakeSpooler spooler;
-    spooler.data[L"Big"] = zxtest::NumberValue(0x00010001);
-    spooler.data[L"Minus"] = zxtest::NumberValue(0x0000FFFF);
-    spooler.data[L"Bare"] = zxtest::TextValue(L"abc", false);
-    spooler.data[L"Binary"] = zxtest::StoredValue{REG_BINARY, {1, 2, 3}};
-    spooler.data[L"Broken"] = zxtest::TextValue(L"text");
-    spooler.data[L"Broken"].unreadable = true;
-    spooler.data[L"Wide"] = zxtest::NumberValue(5);
-    spooler.data[L"Wide"].claimedSize = 8;
-    spooler.data[L"Huge"] = zxtest::TextValue(L"x");
-    spooler.data[L"Huge"].claimedSize = 0x7FFFFFFE;
-    VPrinterAccess access(L"P", nullptr);
+namespace {
 
-    zx::unique_variant value;
-    EXPECT_EQ(Read::Read, access.ReadValue(L"Big", value));
-    EXPECT_EQ(VT_BOOL, value.type());
-    EXPECT_EQ(1, (*value).boolVal);
-    EXPECT_EQ(Read::Read, access.ReadValue(L"minus", value));  // names compare without case
-    EXPECT_EQ(-1, (*value).boolVal);
-    EXPECT_EQ(Read::Read, access.ReadValue(L"Bare", value));
-    ASSERT_EQ(VT_BSTR, value.type());
-    EXPECT_EQ(std::wstring(L"abc"), std::wstring((*value).bstrVal, SysStringLen((*value).bstrVal)));
-    EXPECT_EQ(Read::Read, access.ReadValue(L"Binary", value));
-    EXPECT_EQ(VT_EMPTY, value.type());
-    EXPECT_EQ(Read::Missing, access.ReadValue(L"Absent", value));
-    for (const wchar_t* name : {L"Broken", L"Wide", L"Huge"}) {
-        EXPECT_EQ(Read::Failed, access.ReadValue(name, value)) << name;
-        EXPECT_EQ(VT_EMPTY, value.type());
-    }
+// What a read gave: the value by its type, or how the read ended.
+std::wstring Outcome(Read read, const zx::unique_variant& value) {
+    const VARTYPE type = value.type();
+    if (read != Read::Read) return (read == Read::Missing ? L"missing" : L"failed") + std::wstring(type ? L"+" : L"");
+    if (type == VT_BSTR) return L"text " + std::wstring((*value).bstrVal, SysStringLen((*value).bstrVal));
+    if (type == VT_BOOL) return L"number " + std::to_wstring((*value).boolVal);
+    return L"type " + std::to_wstring(type);
 }
+
+}  // namespace
 
 // An accessory query reads the whole driver data with one spooler call; each value reads as it
 // does on its own, and a spooler that does not list values has them read one by one.
-TEST(PrinterAccess, DriverDataListedAtOnceReadsAsEachValueOnItsOwn) {
+TEST(PrinterAccess, ReadsNumbersAsTheirLow16BitsAndTextWithOrWithoutTerminatorListedOrOnItsOwn) {
     zxtest::FakeSpooler spooler;
     spooler.data = {{L"Big", zxtest::NumberValue(0x00010001)},
+                    {L"Minus", zxtest::NumberValue(0x0000FFFF)},
                     {L"Short", zxtest::StoredValue{REG_DWORD, {7, 1}}},
                     {L"Bare", zxtest::TextValue(L"abc", false)},
                     {L"Ended", zxtest::TextValue(L"de")},
@@ -51,28 +33,37 @@ TEST(PrinterAccess, DriverDataListedAtOnceReadsAsEachValueOnItsOwn) {
                     {L"Empty", zxtest::StoredValue{REG_SZ, {}}},
                     {L"Binary", zxtest::StoredValue{REG_BINARY, {1, 2, 3}}}};
     VPrinterAccess access(L"P", nullptr);
-    const auto outcome = [](Read read, const zx::unique_variant& value) {
-        std::wstring text = std::to_wstring(static_cast<int>(read)) + L" " + std::to_wstring(value.type()) + L" ";
-        if (value.type() == VT_BSTR) text += std::wstring((*value).bstrVal, SysStringLen((*value).bstrVal));
-        if (value.type() == VT_BOOL) text += std::to_wstring((*value).boolVal);
-        return text;
-    };
-    const wchar_t* const names[] = {L"Big", L"short", L"Bare", L"Ended", L"Long", L"Empty", L"Binary", L"Absent"};
+    const std::pair<const wchar_t*, std::wstring> expected[] = {
+        {L"Big", L"number 1"},          {L"minus", L"number -1"},  // names compare without case
+        {L"Short", L"number 263"},      {L"Bare", L"text abc"},
+        {L"Ended", L"text de"},         {L"Long", L"text " + std::wstring(300, L'L')},
+        {L"Empty", L"missing"},         {L"Binary", L"type 0"},
+        {L"Absent", L"missing"}};
     for (const bool lists : {true, false}) {
         spooler.listsValues = lists;
         const VStoredValues stored(access);
-        std::vector<std::wstring> listed, own;
         const int readsBefore = spooler.dataReads;
-        for (const wchar_t* name : names) {
+        for (const auto& [name, outcome] : expected) {
             zx::unique_variant value;
-            listed.push_back(outcome(stored.Read(name, value), value));
+            EXPECT_EQ(outcome, Outcome(stored.Read(name, value), value)) << name << (lists ? " listed" : "");
         }
         EXPECT_EQ(lists, readsBefore == spooler.dataReads);
-        for (const wchar_t* name : names) {
-            zx::unique_variant value;
-            own.push_back(outcome(access.ReadValue(name, value), value));
-        }
-        EXPECT_EQ(own, listed);
+    }
+    for (const auto& [name, outcome] : expected) {
+        zx::unique_variant value;
+        EXPECT_EQ(outcome, Outcome(access.ReadValue(name, value), value)) << name;
+    }
+
+    // Stores that lie about their values.
+    spooler.data[L"Broken"] = zxtest::TextValue(L"text");
+    spooler.data[L"Broken"].unreadable = true;  // the size query works, the read fails
+    spooler.data[L"Wide"] = zxtest::NumberValue(5);
+    spooler.data[L"Wide"].claimedSize = 8;
+    spooler.data[L"Huge"] = zxtest::TextValue(L"x");
+    spooler.data[L"Huge"].claimedSize = 0x7FFFFFFE;
+    for (const wchar_t* name : {L"Broken", L"Wide", L"Huge"}) {
+        zx::unique_variant value;
+        EXPECT_EQ(L"failed", Outcome(access.ReadValue(name, value), value)) << name;
     }
 }
 

@@ -48,14 +48,10 @@ std::vector<MonitorCall> g_monitorCalls;
 class RecordingMonitor final : public IExternalLogMonitor {
 public:
     STDMETHODIMP QueryInterface(REFIID riid, void** object) override {
-        *object = nullptr;
-        if (!IsEqualIID(riid, IID_IUnknown) && !IsEqualIID(riid, IID_IDispatch) &&
-            !IsEqualIID(riid, IID_IExternalLogMonitor)) {
-            return E_NOINTERFACE;
-        }
-        *object = static_cast<IExternalLogMonitor*>(this);
-        AddRef();
-        return S_OK;
+        const bool known = IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IDispatch) ||
+                           IsEqualIID(riid, IID_IExternalLogMonitor);
+        *object = known ? static_cast<IExternalLogMonitor*>(this) : nullptr;
+        return known ? (AddRef(), S_OK) : E_NOINTERFACE;
     }
     STDMETHODIMP_(ULONG) AddRef() override { return static_cast<ULONG>(::InterlockedIncrement(&m_count)); }
     STDMETHODIMP_(ULONG) Release() override {
@@ -133,20 +129,20 @@ protected:
     // Settings under the root, the executable's key, the module's key or a source file's key.
     void Configure(const std::wstring& subkey, DWORD categories, DWORD options, DWORD level = 0,
                    const std::wstring* file = nullptr) {
-        HKEY key = nullptr;
-        const std::wstring path = subkey.empty() ? kRoot : std::wstring(kRoot) + L"\\" + subkey;
-        ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
-                                                 nullptr, &key, nullptr));
-        SetDword(key, L"LogCategories", categories);
-        SetDword(key, L"LogOptions", options);
-        SetDword(key, L"LogInfoDetailLevel", level);
-        const std::wstring& name = file ? *file : logFile;
-        RegSetValueExW(key, L"LogFileName", 0, REG_SZ, reinterpret_cast<const BYTE*>(name.c_str()),
-                       static_cast<DWORD>((name.size() + 1) * sizeof(wchar_t)));
-        RegCloseKey(key);
+        Set(subkey, L"LogCategories", categories);
+        Set(subkey, L"LogOptions", options);
+        Set(subkey, L"LogInfoDetailLevel", level);
+        Set(subkey, L"LogFileName", file ? *file : logFile);
     }
-    static void SetDword(HKEY key, const wchar_t* name, DWORD value) {
-        RegSetValueExW(key, name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&value), sizeof(value));
+    static void Set(const std::wstring& subkey, const wchar_t* name, DWORD value) {
+        SetValue(subkey, name, REG_DWORD, &value, sizeof(value));
+    }
+    static void Set(const std::wstring& subkey, const wchar_t* name, const std::wstring& text) {
+        SetValue(subkey, name, REG_SZ, text.c_str(), static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+    }
+    static void SetValue(const std::wstring& subkey, const wchar_t* name, DWORD type, const void* data, DWORD size) {
+        const std::wstring path = subkey.empty() ? kRoot : std::wstring(kRoot) + L"\\" + subkey;
+        ASSERT_EQ(ERROR_SUCCESS, RegSetKeyValueW(HKEY_LOCAL_MACHINE, path.c_str(), name, type, data, size));
     }
     static std::wstring Executable() { return L"diagnostics_tests.exe"; }
 
@@ -165,15 +161,12 @@ protected:
 
 TEST_F(LoggingTest, PollIntervalComesFromTheRootKeyWithZeroMeaningThirtySeconds) {
     Configure(L"", Category::Warning, 0);
-    HKEY key;
-    RegOpenKeyExW(HKEY_LOCAL_MACHINE, kRoot, 0, KEY_ALL_ACCESS, &key);
-    SetDword(key, L"LogParmsPollTime", 0);
+    Set(L"", L"LogParmsPollTime", 0);
     CLogModule zero(kModule, "Jan 18 2026", "09:30:15", 0, 5);
     zero.IsEnabled(nullptr, Category::Warning);
     EXPECT_EQ(30000u, zero.PollMilliseconds());
 
-    SetDword(key, L"LogParmsPollTime", 7);
-    RegCloseKey(key);
+    Set(L"", L"LogParmsPollTime", 7);
     CLogModule seven(kModule, "Jan 18 2026", "09:30:15", 0, 0);
     EXPECT_EQ(30000u, seven.PollMilliseconds());  // the constructor's 0 seconds
     seven.IsEnabled(nullptr, Category::Warning);
@@ -448,13 +441,8 @@ TEST_F(LoggingTest, TheExternalMonitorIsCalledOnlyOnTheThreadThatMadeIt) {
     const RegisteredMonitorClass monitorClass;
     Configure(L"", Category::FunctionEntry | Category::FunctionExit, 0);
     Configure(Executable(), Category::FunctionEntry | Category::FunctionExit, 0);
-    HKEY key = nullptr;
-    RegOpenKeyExW(HKEY_LOCAL_MACHINE, (std::wstring(kRoot) + L"\\" + Executable()).c_str(), 0, KEY_ALL_ACCESS, &key);
-    const std::wstring classId = RegisteredMonitorClass::kClassText;
-    RegSetValueExW(key, L"ExtMonitorCLSID", 0, REG_SZ, reinterpret_cast<const BYTE*>(classId.c_str()),
-                   static_cast<DWORD>((classId.size() + 1) * sizeof(wchar_t)));
-    SetDword(key, L"ExtMonitorFlags", MonitorFlag::ClassChanges | MonitorFlag::Entries | MonitorFlag::Exits);
-    RegCloseKey(key);
+    Set(Executable(), L"ExtMonitorCLSID", RegisteredMonitorClass::kClassText);
+    Set(Executable(), L"ExtMonitorFlags", MonitorFlag::ClassChanges | MonitorFlag::Entries | MonitorFlag::Exits);
 
     g_monitorCalls.clear();
     {

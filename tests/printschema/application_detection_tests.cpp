@@ -199,9 +199,7 @@ TEST_F(ApplicationDetection, OnlyTheFirst260ModulesAreLookedAt) {
 }
 
 TEST_F(ApplicationDetection, TheTrackingFeatureIsRewrittenOnlyWhenTheTicketCarriesIt) {
-    auto untouched =
-        LoadDocument(Ticket(L"<psf:Feature name='psk:PageMediaType'><psf:Option name='psk:Plain'/>"
-                            L"</psf:Feature>"));
+    auto untouched = LoadDocument(Ticket(Feature(L"psk:PageMediaType", L"psk:Plain")));
     const std::wstring before = XmlOf(untouched.Get());
     VPrintTicketHandler plain(untouched.Get());
     RecordPrintingApplication(plain);
@@ -209,10 +207,9 @@ TEST_F(ApplicationDetection, TheTrackingFeatureIsRewrittenOnlyWhenTheTicketCarri
     EXPECT_EQ(0, g_host.pathReads);
 
     g_host.executable = Beside(L"zx_report_tool.exe");
-    auto tracked = LoadDocument(
-        Ticket(L"<psf:Feature name='ns0000:JobZXApplicationTracking'><psf:Option name='ns0000:Old'/></psf:Feature>"
-               L"<psf:Feature name='ns0000:JobZXApplicationTracking'><psf:Option name='ns0000:Older'/></psf:Feature>"
-               L"<psf:Feature name='psk:PageMediaType'><psf:Option name='psk:Plain'/></psf:Feature>"));
+    auto tracked = LoadDocument(Ticket(Feature(L"ns0000:JobZXApplicationTracking", L"ns0000:Old") +
+                                       Feature(L"ns0000:JobZXApplicationTracking", L"ns0000:Older") +
+                                       Feature(L"psk:PageMediaType", L"psk:Plain")));
     VPrintTicketHandler handler(tracked.Get());
     RecordPrintingApplication(handler);
     auto saved = Reparsed(tracked.Get());

@@ -65,4 +65,14 @@ std::wstring Ticket(const std::wstring& body) {
            L"</psf:PrintTicket>";
 }
 
+std::wstring Feature(const std::wstring& name, const std::wstring& option) {
+    return L"<psf:Feature name='" + name + L"'><psf:Option name='" + option + L"'/></psf:Feature>";
+}
+
+void ReplaceAll(std::wstring& text, const std::wstring& from, const std::wstring& to) {
+    for (size_t at = text.find(from); at != std::wstring::npos; at = text.find(from, at + to.size())) {
+        text.replace(at, from.size(), to);
+    }
+}
+
 }  // namespace zxtest

@@ -25,5 +25,9 @@ std::wstring XmlOf(IXMLDOMNode* node);
 std::wstring NameOf(IXMLDOMNode* node);
 // A PrintTicket root declaring the usual namespaces around body.
 std::wstring Ticket(const std::wstring& body);
+// A psf:Feature element named name with one psf:Option named option.
+std::wstring Feature(const std::wstring& name, const std::wstring& option);
+// Replaces every occurrence of from in text by to.
+void ReplaceAll(std::wstring& text, const std::wstring& from, const std::wstring& to);
 
 }  // namespace zxtest

@@ -32,9 +32,9 @@ public:
 
     // The base ticket's text with a few prefixes changed, then one to four DOM mutations.
     zx::ComPtr<IXMLDOMDocument2> Mutate(std::wstring text) {
-        if (Chance(4)) Replace(text, L"psk:", L"k:");
-        if (Chance(8)) Replace(text, L"ns0000:", L"ns9:");
-        if (Chance(16)) Replace(text, L"xmlns:psf=", L"xmlns:psx=");
+        if (Chance(4)) zxtest::ReplaceAll(text, L"psk:", L"k:");
+        if (Chance(8)) zxtest::ReplaceAll(text, L"ns0000:", L"ns9:");
+        if (Chance(16)) zxtest::ReplaceAll(text, L"xmlns:psf=", L"xmlns:psx=");
         auto ticket = zxtest::LoadDocument(text);
         for (int count = 1 + Pick(4); count > 0; --count) MutateOnce(ticket.Get());
         return ticket;
@@ -43,12 +43,6 @@ public:
 private:
     bool Chance(int oneIn) { return Pick(oneIn) == 0; }
     int Pick(int bound) { return std::uniform_int_distribution<int>(0, bound - 1)(m_random); }
-
-    static void Replace(std::wstring& text, const std::wstring& from, const std::wstring& to) {
-        for (size_t at = text.find(from); at != std::wstring::npos; at = text.find(from, at + to.size())) {
-            text.replace(at, from.size(), to);
-        }
-    }
 
     zx::ComPtr<IXMLDOMNode> RandomElement(IXMLDOMDocument2* ticket) {
         zx::ComPtr<IXMLDOMNodeList> nodes;
@@ -112,12 +106,7 @@ TEST(ProviderRobustness, HostileTicketsAndBlocksGiveHResultsAndKeepNoReferences)
     checked.behaviour = zxtest::FakeCoreHelper::Behaviour::Forward;
     checked.forwardTo = core.CoreHelper();
     auto provider = zxtest::CreateTicketProvider();
-    OEMPTOPTS options;
-    INT count = 0;
-    BSTR* namespaces = nullptr;
-    ASSERT_EQ(S_OK, provider->BindPrinter(reinterpret_cast<HANDLE>(1), 1, &options, &count, &namespaces));
-    SysFreeString(namespaces[0]);
-    CoTaskMemFree(namespaces);
+    ASSERT_EQ(S_OK, zxtest::BindToPrinter(provider.Get()));
     ASSERT_EQ(S_OK, provider->PublishPrintTicketHelper(static_cast<IPrintOemDriverUI*>(&checked)));
 
     const std::wstring base = BuildPrintTicket(core.Description(), [&job](size_t f) { return job.Selection(f); },

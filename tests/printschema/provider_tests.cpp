@@ -19,6 +19,7 @@
 
 using namespace drvhost;
 using zxtest::CountOf;
+using zxtest::Feature;
 using zxtest::LoadDocument;
 using zxtest::Reparsed;
 using zxtest::TextAt;
@@ -63,9 +64,9 @@ protected:
         return LoadDocument(BuildPrintTicket(
             core.Description(), [this](size_t f) { return job.Selection(f); }, PrintSchema::Uri::Device));
     }
-    HRESULT ToTicket(IXMLDOMDocument2* ticket) {
-        return provider->ConvertDevModeToPrintTicket(job.TotalSize(), job.Public(), kPrivateSize, job.PluginBlock(),
-                                                     ticket);
+    HRESULT ToTicket(IXMLDOMDocument2* ticket, IPrintOemPrintTicketProvider* by = nullptr) {
+        return (by ? by : provider.Get())
+            ->ConvertDevModeToPrintTicket(job.TotalSize(), job.Public(), kPrivateSize, job.PluginBlock(), ticket);
     }
     HRESULT ToDevMode(IXMLDOMDocument2* ticket) {
         return provider->ConvertPrintTicketToDevMode(ticket, job.TotalSize(), job.Public(), kPrivateSize,
@@ -153,9 +154,8 @@ TEST_F(ProviderTest, CapabilitiesAreCheckedButLeftAsTheHostMadeThem) {
 
 // No binding at all means none; a binding the printer does not offer leaves the DEVMODE alone.
 TEST_F(ProviderTest, BookletBindingFollowsTheTicket) {
-    const std::wstring none = L"<psf:Feature name='psk:DocumentBinding'><psf:Option name='psk:None'/></psf:Feature>";
-    const std::wstring stitch =
-        L"<psf:Feature name='psk:DocumentBinding'><psf:Option name='psk:EdgeStitchLeft'/></psf:Feature>";
+    const std::wstring none = Feature(L"psk:DocumentBinding", L"psk:None");
+    const std::wstring stitch = Feature(L"psk:DocumentBinding", L"psk:EdgeStitchLeft");
     const std::tuple<const char*, std::wstring, const char*> cases[] = {
         {"Booklet", none, "None"}, {"Booklet", L"", "None"}, {"JapaneseBooklet", stitch, "JapaneseBooklet"}};
     for (const auto& [before, body, after] : cases) {
@@ -201,8 +201,7 @@ TEST_F(ProviderTest, NUpContentIsWrittenOnlyForSeveralPagesPerSheet) {
 TEST_F(ProviderTest, ATicketWithoutTheNUpFeatureStillGetsThePrivateFeatures) {
     Set("DocumentNUp", "4");
     Set("TouchByUser", "On");
-    auto ticket = LoadDocument(zxtest::Ticket(
-        L"<psf:Feature name='ns0000:JobZXApplicationTracking'><psf:Option name='ns0000:Old'/></psf:Feature>"));
+    auto ticket = LoadDocument(zxtest::Ticket(Feature(L"ns0000:JobZXApplicationTracking", L"ns0000:Old")));
     EXPECT_EQ(S_OK, ToTicket(ticket.Get()));
     EXPECT_EQ(L"ns0000:Unknown", OptionOf(ticket.Get(), L"ns0000:JobZXApplicationTracking"));
 }
@@ -247,7 +246,7 @@ TEST_F(ProviderTest, SettingsTheUserChoseAreNotSnapped) {
 TEST_F(ProviderTest, ATicketWithoutTheMediaMemoryFailsTheConversion) {
     Set("PaperSize", "A4");
     auto ticket = LoadDocument(zxtest::Ticket(
-        L"<psf:Feature name='psk:PageMediaType'><psf:Option name='psk:Plain'/></psf:Feature>"
+        Feature(L"psk:PageMediaType", L"psk:Plain") +
         L"<psf:Feature name='psk:DocumentNUp'><psf:Option><psf:ScoredProperty name='psk:PagesPerSheet'>"
         L"<psf:Value xsi:type='xsd:integer'>1</psf:Value></psf:ScoredProperty></psf:Option></psf:Feature>"));
     EXPECT_EQ(kNotFound, ToTicket(ticket.Get()));
@@ -256,17 +255,9 @@ TEST_F(ProviderTest, ATicketWithoutTheMediaMemoryFailsTheConversion) {
 TEST_F(ProviderTest, UserChangesOfMediaAndQualityAreFlaggedAndRemembered) {
     const auto ticketWith = [](const wchar_t* media, const wchar_t* previousMedia, const wchar_t* quality,
                                const wchar_t* previousQuality) {
-        return LoadDocument(zxtest::Ticket(std::wstring(L"<psf:Feature name='psk:PageMediaType'><psf:Option name='") +
-                                           media +
-                                           L"'/></psf:Feature>"
-                                           L"<psf:Feature name='ns0000:JobMediaTypePrev'><psf:Option name='" +
-                                           previousMedia +
-                                           L"'/></psf:Feature>"
-                                           L"<psf:Feature name='psk:PageOutputQuality'><psf:Option name='" +
-                                           quality +
-                                           L"'/></psf:Feature>"
-                                           L"<psf:Feature name='ns0000:JobOutputQualityPrev'><psf:Option name='" +
-                                           previousQuality + L"'/></psf:Feature>"));
+        return LoadDocument(zxtest::Ticket(
+            Feature(L"psk:PageMediaType", media) + Feature(L"ns0000:JobMediaTypePrev", previousMedia) +
+            Feature(L"psk:PageOutputQuality", quality) + Feature(L"ns0000:JobOutputQualityPrev", previousQuality)));
     };
     auto same = ticketWith(L"ns0000:_2_0", L"ns0000:_2_0", L"psk:High", L"ns0000:High");
     ASSERT_EQ(S_OK, ToDevMode(same.Get()));
@@ -290,10 +281,9 @@ TEST_F(ProviderTest, UserChangesOfMediaAndQualityAreFlaggedAndRemembered) {
 TEST(BidiConverter, WritesWhatTheDeviceReports) {
     FixedDevice mono(0, 0, 0), full(1, 1, 1);
     const auto convert = [](ISubject* device) {
-        auto ticket = LoadDocument(
-            zxtest::Ticket(L"<psf:Feature name='psk:PageOutputColor'><psf:Option name='psk:Color'/></psf:Feature>"
-                           L"<psf:Feature name='ns0000:JobZXRlt'><psf:Option name='ns0000:_1'/></psf:Feature>"
-                           L"<psf:Feature name='psk:JobInputBin'><psf:Option name='ns0000:_7'/></psf:Feature>"));
+        auto ticket = LoadDocument(zxtest::Ticket(Feature(L"psk:PageOutputColor", L"psk:Color") +
+                                                  Feature(L"ns0000:JobZXRlt", L"ns0000:_1") +
+                                                  Feature(L"psk:JobInputBin", L"ns0000:_7")));
         CBidiDMPTConv converter;
         if (device) converter.Update(device);
         DEVMODEW devMode{};
@@ -330,8 +320,7 @@ TEST(ProviderInput, DevModeHeadersClaimingMoreThanTheHostPassedAreNotBelieved) {
     devMode->dmSize = sizeof(DEVMODEW);
     devMode->dmDriverExtra = 4000;
     VPrivateDevMode block{};
-    auto ticket = LoadDocument(zxtest::Ticket(
-        L"<psf:Feature name='ns0000:JobZXPrintOnBothSidesManually'><psf:Option name='ns0000:OFF'/></psf:Feature>"));
+    auto ticket = LoadDocument(zxtest::Ticket(Feature(L"ns0000:JobZXPrintOnBothSidesManually", L"ns0000:OFF")));
     const ULONG size = static_cast<ULONG>(bytes.size());
     EXPECT_EQ(S_OK, provider->ConvertDevModeToPrintTicket(size, devMode, sizeof(block), &block, ticket.Get()));
     EXPECT_LT(3u, helper.askedDevModeSizes.size());
@@ -340,44 +329,31 @@ TEST(ProviderInput, DevModeHeadersClaimingMoreThanTheHostPassedAreNotBelieved) {
 }
 
 // Out of memory anywhere in a conversion, the provider answers with an HRESULT, and the next
-// conversion is as if nothing had happened: the same ticket, each converter attached once.
-TEST(ProviderOutOfMemory, AConversionThatRunsOutOfMemoryLeavesTheNextOneAsBefore) {
-    CoreDriver core{LoadPrinterDescription(ProgramDirectory() + kDescriptionFile)};
-    JobDevMode job{core.Description(), kPrivateSize, L"ZX"};
-    zx::WritePrivateDevModeHeader(static_cast<VPrivateDevMode*>(job.PluginBlock()));
-    const std::wstring base = BuildPrintTicket(
-        core.Description(), [&job](size_t f) { return job.Selection(f); }, PrintSchema::Uri::Device);
-    const auto newProvider = [&core] {
-        zx::ComPtr<VPrintTicketProvider> provider;
-        *provider.GetAddressOf() = new VPrintTicketProvider();
-        OEMPTOPTS options;
-        INT count = 0;
-        BSTR* namespaces = nullptr;
-        provider->BindPrinter(reinterpret_cast<HANDLE>(1), 1, &options, &count, &namespaces);
-        SysFreeString(namespaces[0]);
-        CoTaskMemFree(namespaces);
-        provider->PublishPrintTicketHelper(core.CoreHelper());
-        return provider;
+// conversion is as if nothing had happened: the same ticket, each converter attached once. The
+// provider is made in this program, whose allocations the test can refuse.
+TEST_F(ProviderTest, AConversionThatRunsOutOfMemoryLeavesTheNextOneAsBefore) {
+    const auto newProvider = [this] {
+        zx::ComPtr<VPrintTicketProvider> own;
+        *own.GetAddressOf() = new VPrintTicketProvider();
+        zxtest::BindToPrinter(own.Get());
+        own->PublishPrintTicketHelper(core.CoreHelper());
+        return own;
     };
-    const auto convert = [&job](VPrintTicketProvider& provider, IXMLDOMDocument2* ticket) {
-        return provider.ConvertDevModeToPrintTicket(job.TotalSize(), job.Public(), kPrivateSize, job.PluginBlock(),
-                                                    ticket);
-    };
-    auto reference = LoadDocument(base);
-    ASSERT_EQ(S_OK, convert(*newProvider().Get(), reference.Get()));
+    auto reference = BaseTicket();
+    ASSERT_EQ(S_OK, ToTicket(reference.Get(), newProvider().Get()));
 
     for (zxtest::AllocationSweep sweep; sweep.NextRun();) {
-        auto provider = newProvider();
-        auto ticket = LoadDocument(base);
+        auto own = newProvider();
+        auto ticket = BaseTicket();
         HRESULT hr = E_UNEXPECTED;
         {
             const auto refusal = sweep.Refuse();
-            hr = convert(*provider.Get(), ticket.Get());
+            hr = ToTicket(ticket.Get(), own.Get());
         }
         EXPECT_TRUE(hr == S_OK || hr == E_OUTOFMEMORY || hr == E_FAIL) << sweep.Run() << " " << std::hex << hr;
-        auto next = LoadDocument(base);
-        EXPECT_EQ(S_OK, convert(*provider.Get(), next.Get())) << sweep.Run();
+        auto next = BaseTicket();
+        EXPECT_EQ(S_OK, ToTicket(next.Get(), own.Get())) << sweep.Run();
         EXPECT_EQ(zxtest::XmlOf(reference.Get()), zxtest::XmlOf(next.Get())) << sweep.Run();
-        EXPECT_EQ(4u, provider->DeviceClient()->ObserverCount()) << sweep.Run();
+        EXPECT_EQ(4u, own->DeviceClient()->ObserverCount()) << sweep.Run();
     }
 }

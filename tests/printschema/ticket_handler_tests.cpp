@@ -1,9 +1,12 @@
-// Feature, option, property and parameter operations of the ticket handler on real MSXML 6
-// documents, and hostile documents that must give HRESULTs.
+// The ticket handler on real MSXML 6 documents: its construction, feature, option, property and
+// parameter operations, and hostile documents that must give HRESULTs; the string buffer, the
+// query templates and option-name lookups it is built on.
+#include "printschema/option_names.h"
 #include "printschema/query_builder.h"
 #include "printschema/ticket_writer.h"
 #include "tests/printschema/dom_support.h"
 #include "tests/support/failing_allocator.h"
+#include "tests/support/plugin_module.h"
 
 #include <gtest/gtest.h>
 #include <psapi.h>
@@ -39,13 +42,27 @@ std::wstring Outcome(HRESULT hr, const zx::unique_bstr& text) {
 
 const std::wstring kNotFoundOutcome = L"hr " + std::to_wstring(static_cast<unsigned long>(kNotFound));
 
+std::wstring SelectedOption(VPrintTicketHandler& handler, const wchar_t* feature, const wchar_t* prefix = nullptr) {
+    zx::unique_bstr option;
+    const HRESULT hr = prefix ? handler.GetPrefixedSelectedOption(feature, option.put(), prefix)
+                              : handler.GetSelectedOption(feature, option.put());
+    return Outcome(hr, option);
+}
+
+template <typename Body>
+HRESULT ThrownResult(Body&& body) {
+    try {
+        body();
+    } catch (const VUtilException& e) {
+        return e.Result();
+    }
+    return S_OK;
+}
+
 class TicketHandlerTest : public testing::Test {
 protected:
     std::wstring Selected(const wchar_t* feature, const wchar_t* prefix = nullptr) {
-        zx::unique_bstr option;
-        const HRESULT hr = prefix ? handler.GetPrefixedSelectedOption(feature, option.put(), prefix)
-                                  : handler.GetSelectedOption(feature, option.put());
-        return Outcome(hr, option);
+        return SelectedOption(handler, feature, prefix);
     }
     std::wstring ScoredProperty(const wchar_t* feature, const wchar_t* property) {
         zx::unique_bstr text;
@@ -158,8 +175,7 @@ TEST_F(TicketHandlerTest, PrefixesAreRemovedOnlyWhereTheyOccur) {
 
 TEST(HostileTicket, LongNamesRoundTripWithoutOverflow) {
     const std::wstring longName(100000, L'Q');
-    auto document = LoadDocument(Ticket(L"<psf:Feature name='psk:PageMediaType'><psf:Option name='psk:" + longName +
-                                        L"'/></psf:Feature>"));
+    auto document = LoadDocument(Ticket(Feature(L"psk:PageMediaType", L"psk:" + longName)));
     VPrintTicketHandler handler(document.Get());
     zx::unique_bstr option;
     ASSERT_EQ(S_OK, handler.GetSelectedOption(L"PageMediaType", option.put()));
@@ -216,10 +232,9 @@ std::wstring QueriedNode(VPrintTicketHandler& handler, const wchar_t* namePrefix
 
 std::wstring OptionNode(VPrintTicketHandler& handler, const wchar_t* namePrefix, const wchar_t* feature,
                         const wchar_t* subFeature) {
+    if (!subFeature) return SelectedOption(handler, feature, namePrefix);
     zx::unique_bstr name;
-    const HRESULT hr = subFeature ? handler.GetSubFeatureOption(feature, subFeature, name.put())
-                                  : handler.GetPrefixedSelectedOption(feature, name.put(), namePrefix);
-    return Outcome(hr, name);
+    return Outcome(handler.GetSubFeatureOption(feature, subFeature, name.put()), name);
 }
 
 std::wstring QueriedOption(VPrintTicketHandler& handler, const wchar_t* namePrefix, const wchar_t* feature,
@@ -253,9 +268,7 @@ TEST(FeatureList, AnswersAsTheQueriesDoAcrossEdits) {
         L"<f:Feature name='ns0000:P'><f:Option name='ns0000:Private'/></f:Feature>";
     std::wstring text = Ticket(body);
     for (const auto& [from, to] : {std::pair{L"xmlns:psf=", L"xmlns:f="}, {L"<psf:", L"<f:"}, {L"</psf:", L"</f:"}}) {
-        for (size_t at = text.find(from); at != std::wstring::npos; at = text.find(from, at)) {
-            text.replace(at, std::wcslen(from), to);
-        }
+        ReplaceAll(text, from, to);
     }
     auto document = LoadDocument(text);
     VTicketWriter handler(document.Get());
@@ -307,8 +320,7 @@ TEST(FeatureList, AnswersAsTheQueriesDoAcrossEdits) {
 // Each attempt reads a name of 2 MB, so a copy kept on that path shows in the process's memory.
 TEST(TicketHandlerOutOfMemory, AFailedPrefixStripKeepsNoCopyOfTheName) {
     const std::wstring hugeOption = L"psk:" + std::wstring(1024 * 1024, L'A');
-    auto document = LoadDocument(
-        Ticket(L"<psf:Feature name='psk:PageMediaType'><psf:Option name='" + hugeOption + L"'/></psf:Feature>"));
+    auto document = LoadDocument(Ticket(Feature(L"psk:PageMediaType", hugeOption)));
     VPrintTicketHandler handler(document.Get());
     const auto committed = [] {
         PROCESS_MEMORY_COUNTERS counters{};
@@ -329,4 +341,117 @@ TEST(TicketHandlerOutOfMemory, AFailedPrefixStripKeepsNoCopyOfTheName) {
     }
     EXPECT_EQ(51, failures);
     EXPECT_GT(20ll * 1024 * 1024, committed() - before);
+}
+
+TEST(StringBuffer, FormatsAndFailsTheBuffersWay) {
+    VStringBuffer text;
+    text.AppendFormat(L"xmlns:%s='%s' %i %.2f", L"psf", L"urn:x", -300, 2.0 / 3);
+    EXPECT_STREQ(L"xmlns:psf='urn:x' -300 0.67", text.c_str());
+    wchar_t exact[28] = {};
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_INSUFFICIENT_BUFFER), ThrownResult([&] { text.CopyTo(exact, 27); }));
+    text.CopyTo(exact, 28);
+    EXPECT_STREQ(text.c_str(), exact);
+    EXPECT_EQ(E_INVALIDARG, ThrownResult([&] { text.Erase(28, 1); }));
+}
+
+TEST(QueryBuilder, AppendsTheTemplatesExactly) {
+    VPrintTicketQueryBuilder builder(L"psf:");
+    EXPECT_EQ(S_OK, builder.AddFeature(L"psk:", L"DocumentNUp"));
+    EXPECT_EQ(S_OK, builder.AddFeature(nullptr, L"Nested"));
+    EXPECT_EQ(S_OK, builder.AddOptionValue(L"psk:"));
+    zx::unique_bstr query;
+    EXPECT_EQ(S_OK, builder.GetQuery(query.put()));
+    EXPECT_STREQ(L"//psf:Feature[@name = \"psk:DocumentNUp\"]//psf:Feature[@name = \"Nested\"]/psf:Option | "
+                 L"//psf:Feature[@name = \"psk:DocumentNUp\"]//psf:Feature[@name = \"Nested\"]"
+                 L"/psf:ScoredProperty[@name = \"psk:OptionName\"]/psf:Value",
+                 query.get());
+    EXPECT_EQ(E_FAIL, VPrintTicketQueryBuilder(L"").AddOptionValue(L"psk:"));
+    // A quotation mark would end the XPath literal and let a name rewrite the query.
+    EXPECT_EQ(E_INVALIDARG, builder.AddScoredProperty(L"psk:", L"a\"] | //*[\"x"));
+}
+
+TEST(HandlerConstruction, FindsTheDocumentsOwnPrefixesAndHoldsTheDocument) {
+    auto document = LoadDocument(Ticket(L""));
+    const ULONG references = RefCount(document.Get());
+    {
+        VPrintTicketHandler handler(document.Get());
+        EXPECT_STREQ(L"psf: psk: xsi: xsd: ns0000:",
+                     (std::wstring(handler.FrameworkPrefix()) + L" " + handler.KeywordsPrefix() + L" " +
+                      handler.SchemaInstancePrefix() + L" " + handler.SchemaPrefix() + L" " + handler.PrivatePrefix())
+                         .c_str());
+        EXPECT_EQ(references + 1, RefCount(document.Get()));
+    }
+    EXPECT_EQ(references, RefCount(document.Get()));
+}
+
+TEST(HandlerConstruction, FailsWithTheResultThatStopsIt) {
+    const auto resultFor = [](IXMLDOMDocument2* document) {
+        return ThrownResult([&] { VPrintTicketHandler handler(document); });
+    };
+    EXPECT_EQ(E_PENDING, resultFor(nullptr));
+    EXPECT_EQ(E_FAIL, resultFor(LoadDocument(L"<PrintTicket xmlns:psk='" + std::wstring(kKeywordsUri) + L"'/>").Get()));
+    // The framework namespace as the default one: its declaration has no prefix to use.
+    EXPECT_EQ(E_FAIL, resultFor(LoadDocument(L"<PrintTicket xmlns='" + std::wstring(kFrameworkUri) + L"'/>").Get()));
+    const auto capabilities =
+        LoadDocument(L"<psf:PrintCapabilities xmlns:psf='" + std::wstring(kFrameworkUri) + L"' version='1'/>");
+    EXPECT_EQ(E_FAIL, resultFor(capabilities.Get()));
+    EXPECT_STREQ(L"psf:", VPrintCapabilityHandler(capabilities.Get()).FrameworkPrefix());
+}
+
+// As applications save tickets: a declaration, comments, indentation, a default namespace, vendor
+// namespaces, and the standard ones in an unusual order.
+TEST(HandlerConstruction, ReadsTicketsShapedLikeRealOnes) {
+    auto document = LoadDocument(
+        std::wstring(L"<?xml version='1.0' encoding='UTF-8'?>\n<!-- saved -->\n<psf:PrintTicket version='1' "
+                     L"xmlns='urn:vendor:default' xmlns:xsd='http://www.w3.org/2001/XMLSchema'\n xmlns:v1='urn:v1' "
+                     L"xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xmlns:psk='") +
+        kKeywordsUri + L"' xmlns:v2='urn:v2' xmlns:psf='" + kFrameworkUri +
+        L"'>\n  <!-- media -->\n  <psf:Feature name='psk:PageMediaType'>\n    <psf:Option name='psk:Plain'><v1:x/>"
+        L"</psf:Option>\n  </psf:Feature>\n  <psf:Feature name='psk:PageOutputQuality'>\n    <psf:Option>\n"
+        L"      <psf:ScoredProperty name='psk:OptionName'>\n        <psf:Value xsi:type='xsd:QName'>psk:High"
+        L"</psf:Value>\n      </psf:ScoredProperty>\n    </psf:Option>\n  </psf:Feature>\n</psf:PrintTicket>\n");
+    VPrintTicketHandler handler(document.Get());
+    EXPECT_STREQ(L"xsd:", handler.SchemaPrefix());
+    EXPECT_EQ(L"Plain", SelectedOption(handler, L"PageMediaType"));
+    EXPECT_EQ(L"High", SelectedOption(handler, L"PageOutputQuality"));
+}
+
+// Framework namespace under "f", keywords under "k": queries are rebound, new elements carry the
+// document's prefixes, and lookups naming the usual "psf:" still work.
+TEST(HandlerConstruction, WorksUnderTheDocumentsOwnPrefixes) {
+    auto document = LoadDocument(std::wstring(L"<f:PrintTicket version='1' xmlns:f='") + kFrameworkUri +
+                                 L"' xmlns:k='" + kKeywordsUri +
+                                 L"'><f:Feature name='k:PageMediaType'><f:Option name='k:Plain'/></f:Feature>"
+                                 L"</f:PrintTicket>");
+    VPrintTicketHandler handler(document.Get());
+    EXPECT_EQ(L"Plain", SelectedOption(handler, L"PageMediaType"));
+    EXPECT_EQ(S_OK, handler.FindPrefixedFeature(L"PageMediaType", L"psf:", L"k:"));
+    zx::ComPtr<IXMLDOMElement> feature, option;
+    ASSERT_EQ(S_OK, handler.CreateFeatureOption(L"Duplex", L"OneSided", &feature, &option));
+    EXPECT_EQ(L"f:Feature f:Option", NameOf(feature.Get()) + L" " + NameOf(option.Get()));
+    EXPECT_EQ(S_OK, handler.AppendToRoot(L"PrintTicket", feature.Get()));
+    EXPECT_EQ(1, CountOf(Reparsed(document.Get()).Get(),
+                         L"/psf:PrintTicket/psf:Feature[@name = 'k:Duplex']/psf:Option[@name = 'k:OneSided']"));
+}
+
+TEST(HandlerConstruction, WithoutKeywordsNamespaceNamesStayUnprefixed) {
+    auto document = LoadDocument(std::wstring(L"<psf:PrintTicket xmlns:psf='") + kFrameworkUri +
+                                 L"'><psf:Feature name='PageMediaType'><psf:Option name='Plain'/></psf:Feature>"
+                                 L"</psf:PrintTicket>");
+    VPrintTicketHandler handler(document.Get());
+    EXPECT_EQ(L"Plain", SelectedOption(handler, L"PageMediaType"));
+    zx::ComPtr<IXMLDOMElement> feature, option;
+    ASSERT_EQ(S_OK, handler.CreateFeatureOption(L"Duplex", L"OneSided", &feature, &option));
+    EXPECT_EQ(L"Duplex OneSided", TextAt(feature.Get(), L"@name") + L" " + TextAt(option.Get(), L"@name"));
+}
+
+// Names compare as the platform compares BSTRs in the user's locale: letter case counts, a soft
+// hyphen does not.
+TEST(OptionNames, AreFoundByTheLocalesComparison) {
+    constexpr const wchar_t* kNames[] = {L"RightBottom", L"TopLeft"};
+    const std::pair<const wchar_t*, size_t> cases[] = {
+        {L"TopLeft", 1}, {L"Top\u00ADLeft", 1}, {L"topleft", 2}, {L"Top-Left", 2}, {L"", 2}};
+    for (const auto& [name, position] : cases) {
+        EXPECT_EQ(position, PositionOfOptionName(zx::MakeBstr(name).get(), kNames)) << name;
+    }
 }

@@ -39,6 +39,17 @@ ComPtr<IPrintOemUI> CreateUiObject();
 ComPtr<IPrintOemPrintTicketProvider> CreateTicketProvider();
 ComPtr<IPrintOemUIMXDC> CreateXpsConverterObject();
 
+// Binds a PrintTicket provider to a printer as the host does, freeing the namespaces it hands out.
+inline HRESULT BindToPrinter(IPrintOemPrintTicketProvider* provider) {
+    OEMPTOPTS options;
+    INT count = 0;
+    BSTR* namespaces = nullptr;
+    const HRESULT hr = provider->BindPrinter(reinterpret_cast<HANDLE>(1), 1, &options, &count, &namespaces);
+    for (INT i = 0; i < count; ++i) SysFreeString(namespaces[i]);
+    CoTaskMemFree(namespaces);
+    return hr;
+}
+
 // The reference count of an object, read by AddRef and Release.
 inline ULONG RefCount(IUnknown* object) {
     object->AddRef();
