@@ -21,15 +21,11 @@ ComPtr<IClassFactory> Factory(REFCLSID clsid) {
     return factory;
 }
 
-// The object that the factory hands out for riid, asked for the interface that names it.
-template <typename I>
+// Whether the object that the factory hands out for riid answers to the interface that names it.
 bool FactoryGives(REFCLSID clsid, REFIID riid, REFIID identity) {
-    ComPtr<IUnknown> object;
-    if (FAILED(Factory(clsid)->CreateInstance(nullptr, riid, reinterpret_cast<void**>(object.GetAddressOf())))) {
-        return false;
-    }
-    ComPtr<I> named;
-    return SUCCEEDED(object->QueryInterface(identity, reinterpret_cast<void**>(named.GetAddressOf())));
+    ComPtr<IUnknown> object, named;
+    return SUCCEEDED(Factory(clsid)->CreateInstance(nullptr, riid, reinterpret_cast<void**>(object.GetAddressOf()))) &&
+           SUCCEEDED(object->QueryInterface(identity, reinterpret_cast<void**>(named.GetAddressOf())));
 }
 
 }  // namespace
@@ -69,12 +65,10 @@ TEST(ClassFactory, ChoosesTheObjectFromTheInterfaceAloneInTheFixedOrder) {
     // The class asked for does not matter: each factory offers the UI object, the provider,
     // then the converter object.
     for (const CLSID& clsid : {CLSID_OEMUI, CLSID_OEMPTPROVIDER, CLSID_OEMUIMXDC}) {
-        EXPECT_TRUE(FactoryGives<IPrintOemUI>(clsid, IID_IPrintOemUI, IID_IPrintOemUI));
-        EXPECT_TRUE(FactoryGives<IPrintOemPrintTicketProvider>(clsid, IID_IPrintOemPrintTicketProvider,
-                                                               IID_IPrintOemPrintTicketProvider));
-        EXPECT_TRUE(FactoryGives<IPrintOemUIMXDC>(clsid, IID_IPrintOemUIMXDC, IID_IPrintOemUIMXDC));
-        // IUnknown is taken by the first object tried.
-        EXPECT_TRUE(FactoryGives<IPrintOemUI>(clsid, IID_IUnknown, IID_IPrintOemUI));
+        for (const IID& iid : {IID_IPrintOemUI, IID_IPrintOemPrintTicketProvider, IID_IPrintOemUIMXDC}) {
+            EXPECT_TRUE(FactoryGives(clsid, iid, iid));
+        }
+        EXPECT_TRUE(FactoryGives(clsid, IID_IUnknown, IID_IPrintOemUI));  // taken by the first object tried
     }
 }
 

@@ -325,7 +325,6 @@ TEST(ProviderInput, DevModeHeadersClaimingMoreThanTheHostPassedAreNotBelieved) {
     EXPECT_EQ(S_OK, provider->ConvertDevModeToPrintTicket(size, devMode, sizeof(block), &block, ticket.Get()));
     EXPECT_LT(3u, helper.askedDevModeSizes.size());
     EXPECT_EQ(size, helper.largestDevModeSize);
-    provider.Reset();
 }
 
 // Out of memory anywhere in a conversion, the provider answers with an HRESULT, and the next
