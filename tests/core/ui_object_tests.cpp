@@ -72,7 +72,8 @@ protected:
 }  // namespace
 
 TEST_F(UiObjectTest, GetInfoAnswersItsThreeModesAndRefusesTheOthersAndAMissingSizePointer) {
-    const std::tuple<DWORD, HRESULT, DWORD, DWORD> cases[] = {  // mode, result, value, size needed
+    // Mode, result, value, size needed.
+    const std::tuple<DWORD, HRESULT, DWORD, DWORD> cases[] = {
         {OEMGI_GETSIGNATURE, S_OK, 0x5844534D, 4},
         {OEMGI_GETVERSION, S_OK, 1, 4},
         {OEMGI_GETREQUESTEDHELPERINTERFACES, S_OK, 1, 4},

@@ -34,10 +34,10 @@ TEST(PrinterAccess, ReadsNumbersAsTheirLow16BitsAndTextWithOrWithoutTerminatorLi
                     {L"Binary", zxtest::StoredValue{REG_BINARY, {1, 2, 3}}}};
     VPrinterAccess access(L"P", nullptr);
     const std::pair<const wchar_t*, std::wstring> expected[] = {
-        {L"Big", L"number 1"},          {L"minus", L"number -1"},  // names compare without case
-        {L"Short", L"number 263"},      {L"Bare", L"text abc"},
-        {L"Ended", L"text de"},         {L"Long", L"text " + std::wstring(300, L'L')},
-        {L"Empty", L"missing"},         {L"Binary", L"type 0"},
+        {L"Big", L"number 1"},     {L"minus", L"number -1"},  // names compare without case
+        {L"Short", L"number 263"}, {L"Bare", L"text abc"},
+        {L"Ended", L"text de"},    {L"Long", L"text " + std::wstring(300, L'L')},
+        {L"Empty", L"missing"},    {L"Binary", L"type 0"},
         {L"Absent", L"missing"}};
     for (const bool lists : {true, false}) {
         spooler.listsValues = lists;
