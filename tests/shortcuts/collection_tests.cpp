@@ -145,7 +145,6 @@ TEST(SampleShortcuts, TranslationBetweenShortcutAndDriverOptions) {
     EXPECT_EQ(3, shortcuts.ToDriverOption(photo, 0, 1));
     EXPECT_EQ(0, shortcuts.ToDriverOption(photo, 0, 9));  // no such combo entry
     EXPECT_EQ(0, shortcuts.ToDriverOption(photo, 7, 0));  // no such position
-    EXPECT_EQ(2, shortcuts.ToDriverOption(duplex, 4, 2));  // flip on short edge
     EXPECT_EQ(1, shortcuts.ToShortcutOption(duplex, 0, 1));
     EXPECT_EQ(-1, shortcuts.ToShortcutOption(duplex, 0, 2));  // the shortcut offers two media only
     EXPECT_EQ(-1, shortcuts.ToShortcutOption(duplex, 5, 0));

@@ -1,6 +1,5 @@
 #include "tests/shortcuts/shortcut_bed.h"
 
-#include "drvhost/printer_install.h"
 #include "shortcuts/shortcut_store.h"
 
 #include <gtest/gtest.h>
@@ -45,17 +44,6 @@ HRESULT WINAPI SeamCoCreateGuid(GUID* guid) {
 }
 
 }  // namespace
-
-void InstallShortcutPrinter() {
-    static const bool installed = [] {
-        drvhost::PrinterSetup setup;
-        setup.printerName = kShortcutPrinter;
-        setup.sourceDirectory = drvhost::ProgramDirectory();
-        drvhost::InstallPrinter(setup);
-        return true;
-    }();
-    (void)installed;
-}
 
 std::wstring ShortcutPrinterKey() {
     return std::wstring(L"System\\CurrentControlSet\\Control\\Print\\Printers\\") + kShortcutPrinter;

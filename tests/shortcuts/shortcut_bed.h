@@ -7,6 +7,8 @@
 #include "tests/settings/settings_support.h"
 #include "util/spooler_platform.h"
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <vector>
 
@@ -14,14 +16,22 @@ namespace zxtest {
 
 inline constexpr wchar_t kShortcutPrinter[] = L"ZX Shortcut Test Printer";
 
-// Installs the sample printer once for the test program (refreshing its driver files).
-void InstallShortcutPrinter();
+inline void InstallShortcutPrinter() { InstallSamplePrinter(kShortcutPrinter); }
 
 // Removes every stored shortcut of the printer and its GUID from the printer's registry key
 // (Wine's spooler cannot delete printer data), and the per-user keys of all printers.
 void ClearShortcutStorage();
 // Removes the stored shortcuts of the printer and of one per-user key, keeping the GUID.
 void ClearStoredShortcuts(const std::wstring& userKey);
+
+// Tests on the shortcut test printer, which starts without stored shortcuts or GUID.
+class ShortcutPrinterTest : public testing::Test {
+protected:
+    ShortcutPrinterTest() {
+        InstallShortcutPrinter();
+        ClearShortcutStorage();
+    }
+};
 
 // A value of the printer's data as the spooler gives it.
 struct StoredData {

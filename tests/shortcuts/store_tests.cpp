@@ -33,12 +33,8 @@ std::optional<std::wstring> UserText(const std::wstring& keyPath, const std::wst
     return std::wstring(text);
 }
 
-class StoreTest : public testing::Test {
+class StoreTest : public ShortcutPrinterTest {
 protected:
-    StoreTest() {
-        InstallShortcutPrinter();
-        ClearShortcutStorage();
-    }
     ~StoreTest() override {
         EXPECT_EQ(0, seam.openHandles);
         ClearShortcutStorage();

@@ -1,17 +1,10 @@
 #include "tests/ui/page_bed.h"
 
 #include "drvhost/printer_install.h"
-#include "tests/shortcuts/shortcut_bed.h"
 
 #include <commctrl.h>
 
 namespace zxtest {
-
-void ShownSheetTest::SetUp() {
-    ZX_REQUIRE_DISPLAY();
-    InstallShortcutPrinter();
-    ClearShortcutStorage();
-}
 
 PageBed::PageBed(drvhost::FeatureSheet sheet, DWORD flags,
                  const std::vector<std::pair<std::string, DWORD>>& jobSettings) {

@@ -6,6 +6,7 @@
 #include "drvhost/driver_host.h"
 #include "drvhost/sheet_window.h"
 #include "drvhost/ui_session.h"
+#include "tests/shortcuts/shortcut_bed.h"
 
 #include <gtest/gtest.h>
 
@@ -20,9 +21,9 @@ namespace zxtest {
     if (!drvhost::HasDisplay()) GTEST_SKIP() << "no display: property sheets need an X display (xvfb-run)"
 
 // Tests of the shown sheets: a display, the shortcut test printer installed, no stored shortcut.
-class ShownSheetTest : public testing::Test {
+class ShownSheetTest : public ShortcutPrinterTest {
 protected:
-    void SetUp() override;
+    void SetUp() override { ZX_REQUIRE_DISPLAY(); }
 };
 
 // One opening of a property sheet of the shortcut test printer with a new default job.

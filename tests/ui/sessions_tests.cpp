@@ -5,7 +5,6 @@
 #include "device/auto_configuration.h"
 #include "drvhost/printer_install.h"
 #include "shortcuts/shortcut_store.h"
-#include "tests/shortcuts/shortcut_bed.h"
 #include "core/ui_interface.h"
 #include "tests/settings/settings_support.h"
 #include "tests/support/failing_allocator.h"
@@ -72,13 +71,7 @@ PROPSHEETUI_INFO SheetInfo(WORD reason, WORD version = PROPSHEETUI_INFO_VERSION)
     return info;
 }
 
-class Sessions : public testing::Test {
-protected:
-    void SetUp() override {
-        InstallShortcutPrinter();
-        ClearShortcutStorage();
-    }
-};
+using Sessions = ShortcutPrinterTest;
 
 }  // namespace
 
@@ -254,8 +247,7 @@ TEST(PageCreation, TemplateByTheUsersLanguageAndStartPage) {
         ASSERT_EQ(S_OK, page.SetUIParams(&sheet.params));
         ASSERT_EQ(S_OK, page.SetProperties(&sheet.properties));
         ASSERT_EQ(S_OK, page.Initialise());
-        PROPSHEETUI_INFO info{};
-        info.cbSize = sizeof(info);
+        PROPSHEETUI_INFO info = SheetInfo(PROPSHEETUI_REASON_INIT);
         info.pfnComPropSheet = callback;
         EXPECT_EQ(S_OK, page.CreatePage(&info, {}));
         ASSERT_EQ(1u, added.pages.size());
@@ -296,10 +288,7 @@ TEST(SessionSetUp, AFailedStepDisablesTheObject) {
             set = ui->CommonUIProp(OEMCUIP_DOCPROP, &sheet.params);
         }
         answers.insert(set);
-        PROPSHEETUI_INFO info{};
-        info.cbSize = sizeof(info);
-        info.Version = PROPSHEETUI_INFO_VERSION;
-        info.Reason = PROPSHEETUI_REASON_INIT;
+        PROPSHEETUI_INFO info = SheetInfo(PROPSHEETUI_REASON_INIT);
         info.pfnComPropSheet = addPage;
         const HRESULT pages = ui->DocumentPropertySheets(&info, 0);
         if (set == E_NOTIMPL) {

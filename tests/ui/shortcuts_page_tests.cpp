@@ -3,7 +3,6 @@
 // and driven with the messages that clicks send. What the page stores is read back from Wine's
 // spooler.
 #include "shortcuts/shortcut_store.h"
-#include "tests/shortcuts/shortcut_bed.h"
 #include "tests/ui/page_bed.h"
 
 #include <commctrl.h>
