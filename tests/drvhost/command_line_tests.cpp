@@ -10,7 +10,9 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace drvhost;
@@ -81,7 +83,6 @@ TEST(CommandLine, RefusesWhatNoCommandTakesWithOneLineAndStatus2) {
         {{L"ui", L"--screenshot", L"a.png", L"--screenshot", L"b.png"}, 2, "--screenshot is given more than once"},
         {{L"ui", L"--printer-sheet=yes"}, 2, "--printer-sheet takes no value"},
         {{L"info", L"--printer"}, 2, "--printer needs a value (NAME)"},
-        {{L"install", L"--set", L"A=B"}, 2, "unknown option --set for install (try drvhost install --help)"},
     });
 }
 
@@ -152,32 +153,28 @@ TEST(CommandLine, SetNamesTheWrongPartAndTakesPrintTicketNames) {
 }
 
 TEST(CommandLine, ApplyRefusesWhatIsNotAPrintTicketItCanApply) {
-    const std::wstring missing = WriteTempFile(L"drvhost-missing.xml", "");
-    DeleteFileW(missing.c_str());
-    const std::wstring empty = WriteTempFile(L"drvhost-empty.xml", "");
-    const std::wstring text = WriteTempFile(L"drvhost-text.xml", "PaperSize=A4\n");
-    const std::wstring truncated = WriteTempFile(
-        L"drvhost-truncated.xml", std::string("<psf:PrintTicket xmlns:psf=\"") + kFramework + "\">\r\n  <psf:Feature");
-    const std::wstring other = WriteTempFile(L"drvhost-other.xml", "<?xml version=\"1.0\"?>\n<Ticket/>\n");
-    // A well-formed ticket with the framework as default namespace: the plug-in finds no prefix.
-    const std::wstring unprefixed = WriteTempFile(
-        L"drvhost-unprefixed.xml", std::string("<PrintTicket xmlns=\"") + kFramework + "\" version=\"1\"/>");
-    const std::string m = WideToUtf8(missing), e = WideToUtf8(empty), t = WideToUtf8(text), r = WideToUtf8(truncated),
-                      o = WideToUtf8(other), u = WideToUtf8(unprefixed);
-    ExpectRefusals({
-        {{L"apply", missing}, 1, ("cannot read " + m + ": " + Win32ErrorText(ERROR_FILE_NOT_FOUND)).c_str()},
-        {{L"apply", empty}, 1, (e + ":1:1: the file is empty").c_str()},
-        {{L"apply", text}, 1, (t + ":1:1: text before the root element").c_str()},
-        {{L"apply", truncated}, 1, (r + ":2:3: the document ends inside the tag <psf:Feature>").c_str()},
-        {{L"apply", other},
-         1,
-         (o + " is not a PrintTicket: its root element is <Ticket>, not a PrintTicket of the Print Schema framework "
-              "namespace")
-             .c_str()},
-        {{L"apply", unprefixed},
-         1,
-         ("the plug-in's ConvertPrintTicketToDevMode returned 0x80004005 E_FAIL: " + u + " is not applied").c_str()},
-    });
+    const std::string framework = std::string("\"") + kFramework + "\"";
+    // The file's name, its text (none: no such file) and the refusal, where FILE stands for the path.
+    const std::vector<std::tuple<const wchar_t*, std::optional<std::string>, std::string>> cases = {
+        {L"drvhost-missing.xml", std::nullopt, "cannot read FILE: " + Win32ErrorText(ERROR_FILE_NOT_FOUND)},
+        {L"drvhost-empty.xml", "", "FILE:1:1: the file is empty"},
+        {L"drvhost-text.xml", "PaperSize=A4\n", "FILE:1:1: text before the root element"},
+        {L"drvhost-truncated.xml", "<psf:PrintTicket xmlns:psf=" + framework + ">\r\n  <psf:Feature",
+         "FILE:2:3: the document ends inside the tag <psf:Feature>"},
+        {L"drvhost-other.xml", "<?xml version=\"1.0\"?>\n<Ticket/>\n",
+         "FILE is not a PrintTicket: its root element is <Ticket>, not a PrintTicket of the Print Schema framework "
+         "namespace"},
+        // A well-formed ticket with the framework as default namespace: the plug-in finds no prefix.
+        {L"drvhost-unprefixed.xml", "<PrintTicket xmlns=" + framework + " version=\"1\"/>",
+         "the plug-in's ConvertPrintTicketToDevMode returned 0x80004005 E_FAIL: FILE is not applied"},
+    };
+    for (const auto& [name, text, refusal] : cases) {
+        const std::wstring path = WriteTempFile(name, text.value_or(""));
+        if (!text) DeleteFileW(path.c_str());
+        std::string line = refusal;
+        line.replace(line.find("FILE"), 4, WideToUtf8(path));
+        ExpectRefusals({{{L"apply", path}, 1, line.c_str()}});
+    }
 }
 
 TEST(CommandLine, InstallNamesTheMissingProfileAndRemovesAnInstalledOne) {

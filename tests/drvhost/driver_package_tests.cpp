@@ -114,22 +114,14 @@ std::string Replaced(std::string text, const std::string& from, const std::strin
 
 }  // namespace
 
-TEST(DriverPackage, TheSampleInfNamesTheModelCoreDriverPluginAndCopyList) {
-    const DriverPackage package = ReadDriverPackage(ProgramDirectory());
-    EXPECT_EQ(L"zxtalu.inf", package.infFile);
+// The sample INF names the plug-in and the copy list; the collected package holds the INF and
+// exactly the files it copies.
+TEST(DriverPackage, TheCollectedPackageHoldsTheInfAndExactlyWhatItCopies) {
+    const DriverPackage package = ReadDriverPackage(CollectedPackage());
     EXPECT_EQ(L"ZX Inkjet Simulator Driver", package.driverName);
-    EXPECT_EQ(L"mxdwdrv.dll", package.driverFile);
-    EXPECT_EQ(L"unidrvui.dll", package.configFile);
-    EXPECT_EQ(L"zxtalu.gpd", package.dataFile);
-    EXPECT_EQ(Names({L"ntprint.inf"}), package.includes);
-    EXPECT_EQ(Names({L"UNIDRV.OEM", L"XPSGPD.OEM", L"XPSDRV.OEM"}), package.needs);
     EXPECT_EQ(kCopyList, package.files);
     EXPECT_EQ(L"zxtalu.ini", package.pluginConfigFile);
     EXPECT_EQ(L"zxtaluUI14.dll", package.pluginFile);
-}
-
-TEST(DriverPackage, TheCollectedPackageHoldsTheInfAndExactlyWhatItCopies) {
-    const DriverPackage package = ReadDriverPackage(CollectedPackage());
     Names expected = package.files;
     expected.push_back(package.infFile);
     EXPECT_EQ(Lowered(expected), Lowered(FilesIn(CollectedPackage())));
@@ -141,6 +133,9 @@ TEST(DriverPackage, ReadsTheInfSyntaxPrinterPackagesUse) {
     EXPECT_EQ(L"Test Maker Model; One", package.driverName);
     EXPECT_EQ(L"mxdwdrv.dll", package.driverFile);  // from the data section
     EXPECT_EQ(L"unidrvui.dll", package.configFile);
+    EXPECT_EQ(L"test.gpd", package.dataFile);
+    EXPECT_EQ(Names({L"ntprint.inf"}), package.includes);
+    EXPECT_EQ(Names({L"UNIDRV.OEM", L"XPSDRV.OEM"}), package.needs);
     EXPECT_EQ(Names({L"test.gpd", L"test.ini", L"plugin.dll", L"extra.dll"}), package.files);
     EXPECT_EQ(Names({L"test.ini", L"plugin.dll", L"extra.dll"}), package.DependentFiles());
     EXPECT_EQ(L"plugin.dll", package.pluginFile);

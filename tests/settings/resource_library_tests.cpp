@@ -105,13 +105,9 @@ struct PlatformScope {
 // spooler by the plug-in's own code.
 struct BuiltStringLibraries : PlatformScope {
     BuiltStringLibraries() : PlatformScope(TestPlatform(false)) {
-        drvhost::PrinterSetup setup;
-        setup.printerName = L"settings test printer";
-        setup.sourceDirectory = drvhost::ProgramDirectory();
-        driverDirectory = drvhost::InstallPrinter(setup).driverDirectory;
-        EXPECT_EQ(S_OK, zx::LoadResourceLibraries(setup.printerName.c_str()));
+        EXPECT_EQ(S_OK, zx::LoadResourceLibraries(kSettingsPrinter));
     }
-    std::wstring driverDirectory;
+    const std::wstring driverDirectory = InstallSamplePrinter(kSettingsPrinter);
 };
 
 std::wstring LoadedText(HMODULE library, UINT id) {

@@ -5,12 +5,30 @@
 #include "drvhost/printer_install.h"
 #include "settings/ui_properties.h"
 
+#include <map>
+#include <string>
 #include <string_view>
 
 namespace zxtest {
 
 inline drvhost::PrinterDescription SamplePrinter() {  // as the build copies it beside the tests
     return drvhost::LoadPrinterDescription(drvhost::ProgramDirectory() + drvhost::kDescriptionFile);
+}
+
+inline constexpr wchar_t kSettingsPrinter[] = L"settings test printer";
+
+// Installs the sample printer under `name` once for the test program, with the driver files built
+// beside the tests; its driver directory.
+inline std::wstring InstallSamplePrinter(const std::wstring& name) {
+    static std::map<std::wstring, std::wstring> installed;
+    const auto [entry, added] = installed.try_emplace(name);
+    if (added) {
+        drvhost::PrinterSetup setup;
+        setup.printerName = name;
+        setup.sourceDirectory = drvhost::ProgramDirectory();
+        entry->second = drvhost::InstallPrinter(setup).driverDirectory;
+    }
+    return entry->second;
 }
 
 // A document sheet for a printer description or its text: the sheet's items in a parameter block,

@@ -1,7 +1,6 @@
 // The document sheet's dependent-settings rules on the simulated core driver: the snapping table
 // and the snaps, quality, memories, two-sided printing and margins, booklet and N-up, and the rules
 // of page activation, page leaving, Apply and revert.
-#include "drvhost/printer_install.h"
 #include "resources/resource_libraries.h"
 #include "settings/sheet_rules.h"
 #include "tests/settings/settings_support.h"
@@ -16,8 +15,6 @@
 using namespace zxtest;
 
 namespace {
-
-constexpr wchar_t kPrinter[] = L"settings test printer";
 
 // The rule examples: two rules for A4 (the later wins) and one for borderless A4, a quality index
 // beyond the four options, unknown paper source and media names, a paper without a rule.
@@ -111,14 +108,8 @@ constexpr DWORD kEnabled = OPTIF_CALLBACK | OPTIF_CHANGED;
 class SheetRulesTest : public testing::Test {
 public:
     static void SetUpTestSuite() {
-        static const bool installed = [] {
-            drvhost::PrinterSetup setup;
-            setup.printerName = kPrinter;
-            setup.sourceDirectory = drvhost::ProgramDirectory();
-            return !drvhost::InstallPrinter(setup).driverDirectory.empty();
-        }();
-        ASSERT_TRUE(installed);
-        ASSERT_EQ(S_OK, zx::LoadResourceLibraries(kPrinter));
+        ASSERT_FALSE(InstallSamplePrinter(kSettingsPrinter).empty());
+        ASSERT_EQ(S_OK, zx::LoadResourceLibraries(kSettingsPrinter));
     }
     static void TearDownTestSuite() { zx::FreeResourceLibraries(); }
 };

@@ -13,8 +13,6 @@ namespace {
 const std::vector<std::string> kComboOrder = {"MediaType", "PageOutputQuality", "DocumentNUp", "BorderlessPrint",
                                               "Duplex"};
 
-ShortcutSheet SampleSheet(IBiDiData* accessories = nullptr) { return ShortcutSheet(SamplePrinter(), accessories); }
-
 void SetPrinterFeature(ShortcutSheet& bed, std::string_view feature, size_t option) {
     bed.sheet.core.SetPrinterSetting(bed.sheet.core.Description().FindFeature(feature).value(), static_cast<DWORD>(option));
 }
@@ -37,7 +35,7 @@ constexpr char kEdgeCases[] = R"(
 // Built-ins in the driver's order, each with the five settings in combo order; the
 // all-settings record lists every option of the five features.
 TEST(SampleShortcuts, BuiltInShortcutsOfTheSamplePrinter) {
-    const ShortcutSheet bed = SampleSheet();
+    const ShortcutSheet bed(SamplePrinter());
     ASSERT_TRUE(bed.built);
     const auto& records = bed.shortcuts.Records();
     EXPECT_EQ((std::vector<std::wstring>{L"General Everyday Printing", L"Photo Printing - Borderless",
@@ -104,7 +102,7 @@ TEST(SampleShortcuts, PicturesDefinitionFormsAndMissingFeatures) {
 TEST(SampleShortcuts, TwoSidedShortcutsNeedADuplexUnitOrManualTwoSidedPrinting) {
     for (const auto& [manual, unit, hidden] :
          std::vector<std::tuple<BYTE, size_t, bool>>{{1, 1, false}, {0, 0, false}, {0, 1, true}}) {
-        ShortcutSheet bed = SampleSheet();
+        ShortcutSheet bed(SamplePrinter());
         bed.sheet.properties.SetManualDuplexSupported(manual);
         SetPrinterFeature(bed, "DuplexUnit", unit);
         ASSERT_TRUE(bed.shortcuts.BuildShortcuts(bed.sheet.properties, &bed.sheet.params));
@@ -140,14 +138,13 @@ TEST(SampleShortcuts, BlackOnlyDevicesDoNotOfferTheMediaOfMonoConfig) {
 
 // Through the display-name keys: a shortcut option to the core driver's index and back.
 TEST(SampleShortcuts, TranslationBetweenShortcutAndDriverOptions) {
-    const ShortcutSheet bed = SampleSheet();
+    const ShortcutSheet bed(SamplePrinter());
     const VUIPSItem& shortcuts = bed.shortcuts;
     const PrintShortcutRecord& photo = bed.Record(1);  // media: ZX_MEDIA_01, ZX_MEDIA_02, photo, matte
     const PrintShortcutRecord& duplex = bed.Record(3);  // media: plain, thick
     EXPECT_EQ(3, shortcuts.ToDriverOption(photo, 0, 1));
     EXPECT_EQ(0, shortcuts.ToDriverOption(photo, 0, 9));  // no such combo entry
     EXPECT_EQ(0, shortcuts.ToDriverOption(photo, 7, 0));  // no such position
-    EXPECT_EQ(2, shortcuts.ToDriverOption(duplex, 4, 2));  // flip on short edge
     EXPECT_EQ(1, shortcuts.ToShortcutOption(duplex, 0, 1));
     EXPECT_EQ(-1, shortcuts.ToShortcutOption(duplex, 0, 2));  // the shortcut offers two media only
     EXPECT_EQ(-1, shortcuts.ToShortcutOption(duplex, 5, 0));
@@ -158,7 +155,7 @@ TEST(SampleShortcuts, TranslationBetweenShortcutAndDriverOptions) {
 
 // The preferred shortcut wins among equals, otherwise the first listed one; unlisted ones never.
 TEST(SampleShortcuts, FindingTheShortcutThatMatchesTheJob) {
-    ShortcutSheet bed = SampleSheet();
+    ShortcutSheet bed(SamplePrinter());
     VUIPSItem& shortcuts = bed.shortcuts;
     shortcuts.SetCurrentSettings(zx::CurrentJobSettings(bed.sheet.properties, shortcuts));
     EXPECT_EQ((JobSettings{{"MediaType", 0}, {"PageOutputQuality", 1}, {"DocumentNUp", 0}, {"BorderlessPrint", 0},
@@ -186,7 +183,7 @@ TEST(SampleShortcuts, FindingTheShortcutThatMatchesTheJob) {
 }
 
 TEST(SampleShortcuts, ListPositionsAndRecords) {
-    ShortcutSheet bed = SampleSheet();
+    ShortcutSheet bed(SamplePrinter());
     VUIPSItem& shortcuts = bed.shortcuts;
     std::vector<std::wstring> listed = NamesOf(shortcuts.Records());
     int32_t mark = 4;
@@ -208,7 +205,7 @@ TEST(SampleShortcuts, ListPositionsAndRecords) {
 // Applying every setting of a shortcut makes the job match it (the N-up index also goes to the
 // private block); the pending shortcut takes over the job's options that it offers.
 TEST(SampleShortcuts, ApplyingAShortcutAndTakingTheJobOver) {
-    ShortcutSheet bed = SampleSheet();
+    ShortcutSheet bed(SamplePrinter());
     VPrivateDevMode block{};
     bed.sheet.params.pOEMDM = &block;
     VUICallbackContext properties(&bed.sheet.params, bed.sheet.core.DriverUi(), nullptr,
@@ -248,7 +245,7 @@ TEST(SampleShortcuts, ApplyingAShortcutAndTakingTheJobOver) {
 
 // At most one pending shortcut, at the end; it keeps the name given to it until it is stored.
 TEST(SampleShortcuts, PendingShortcutLifecycle) {
-    ShortcutSheet bed = SampleSheet();
+    ShortcutSheet bed(SamplePrinter());
     VUIPSItem& shortcuts = bed.shortcuts;
     EXPECT_EQ(6, shortcuts.SetPendingShortcut(zx::PendingShortcutFrom(bed.Record(1), 1), L"New Shortcut"));
     EXPECT_FALSE(shortcuts.AllStored());

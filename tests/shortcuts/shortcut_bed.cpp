@@ -1,6 +1,5 @@
 #include "tests/shortcuts/shortcut_bed.h"
 
-#include "drvhost/printer_install.h"
 #include "shortcuts/shortcut_store.h"
 
 #include <gtest/gtest.h>
@@ -9,10 +8,6 @@ namespace zxtest {
 namespace {
 
 SpoolerSeam* g_seam = nullptr;
-
-std::wstring PrinterRegistryKey() {
-    return std::wstring(L"System\\CurrentControlSet\\Control\\Print\\Printers\\") + kShortcutPrinter;
-}
 
 BOOL WINAPI SeamOpenPrinter(LPWSTR name, LPHANDLE handle, LPPRINTER_DEFAULTSW defaults) {
     const ACCESS_MASK access = defaults != nullptr ? defaults->DesiredAccess : 0;
@@ -34,7 +29,7 @@ BOOL WINAPI SeamClosePrinter(HANDLE printer) {
 DWORD WINAPI SeamDeletePrinterDataEx(HANDLE, LPCWSTR key, LPCWSTR name) {
     g_seam->deletedPrinterData.push_back(name);
     return static_cast<DWORD>(
-        ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, (PrinterRegistryKey() + L"\\" + key).c_str(), name));
+        ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, (ShortcutPrinterKey() + L"\\" + key).c_str(), name));
 }
 
 DWORD WINAPI SeamSetPrinterDataEx(HANDLE printer, LPCWSTR key, LPCWSTR name, DWORD type, LPBYTE data, DWORD size) {
@@ -50,30 +45,21 @@ HRESULT WINAPI SeamCoCreateGuid(GUID* guid) {
 
 }  // namespace
 
-void InstallShortcutPrinter() {
-    static const bool installed = [] {
-        drvhost::PrinterSetup setup;
-        setup.printerName = kShortcutPrinter;
-        setup.sourceDirectory = drvhost::ProgramDirectory();
-        drvhost::InstallPrinter(setup);
-        return true;
-    }();
-    (void)installed;
+std::wstring ShortcutPrinterKey() {
+    return std::wstring(L"System\\CurrentControlSet\\Control\\Print\\Printers\\") + kShortcutPrinter;
 }
 
 void ClearStoredShortcuts(const std::wstring& userKey) {
-    ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, (PrinterRegistryKey() + L"\\" + zx::kShortcutDataKey).c_str());
+    ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, (ShortcutPrinterKey() + L"\\" + zx::kShortcutDataKey).c_str());
     ::RegDeleteTreeW(HKEY_CURRENT_USER, userKey.c_str());
 }
 
 void ClearShortcutStorage() {
     ClearStoredShortcuts(L"Software\\Velmora");
-    ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, (PrinterRegistryKey() + L"\\PrinterDriverData").c_str(), L"PrinterGUID");
+    ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, (ShortcutPrinterKey() + L"\\PrinterDriverData").c_str(), L"PrinterGUID");
 }
 
-namespace {
-
-std::optional<StoredData> ReadPrinterData(const wchar_t* key, const std::wstring& name) {
+std::optional<StoredData> PrinterDataValue(const wchar_t* key, const std::wstring& name) {
     std::wstring printerName = kShortcutPrinter;
     zx::unique_printer printer;
     if (!::OpenPrinterW(printerName.data(), printer.put(), nullptr)) return std::nullopt;
@@ -88,7 +74,21 @@ std::optional<StoredData> ReadPrinterData(const wchar_t* key, const std::wstring
     return value;
 }
 
-}  // namespace
+std::optional<StoredData> PrinterShortcutValue(const std::wstring& name) {
+    return PrinterDataValue(zx::kShortcutDataKey, name);
+}
+
+std::optional<DWORD> PrinterDataNumber(const wchar_t* key, const std::wstring& name) {
+    const std::optional<StoredData> value = PrinterDataValue(key, name);
+    if (!value || value->type != REG_DWORD || value->bytes.size() != sizeof(DWORD)) return std::nullopt;
+    return *reinterpret_cast<const DWORD*>(value->bytes.data());
+}
+
+std::optional<std::wstring> PrinterGuidValue() {
+    const std::optional<StoredData> value = PrinterDataValue(L"PrinterDriverData", L"PrinterGUID");
+    if (!value) return std::nullopt;
+    return value->Text();
+}
 
 void WritePrinterValue(const std::wstring& name, DWORD type, const void* data, DWORD size) {
     std::wstring printerName = kShortcutPrinter;
@@ -99,18 +99,12 @@ void WritePrinterValue(const std::wstring& name, DWORD type, const void* data, D
                                                  static_cast<BYTE*>(const_cast<void*>(data)), size));
 }
 
+void WritePrinterText(const std::wstring& name, const std::wstring& text) {
+    WritePrinterValue(name, REG_SZ, text.data(), static_cast<DWORD>(text.size() * sizeof(wchar_t)));
+}
+
 void WriteUserValue(const std::wstring& keyPath, const std::wstring& name, DWORD type, const void* data, DWORD size) {
     ASSERT_EQ(ERROR_SUCCESS, ::RegSetKeyValueW(HKEY_CURRENT_USER, keyPath.c_str(), name.c_str(), type, data, size));
-}
-
-std::optional<StoredData> PrinterShortcutValue(const std::wstring& name) {
-    return ReadPrinterData(zx::kShortcutDataKey, name);
-}
-
-std::optional<std::wstring> PrinterGuidValue() {
-    const std::optional<StoredData> value = ReadPrinterData(L"PrinterDriverData", L"PrinterGUID");
-    if (!value) return std::nullopt;
-    return value->Text();
 }
 
 SpoolerSeam::SpoolerSeam() {

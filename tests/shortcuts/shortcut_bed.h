@@ -7,6 +7,8 @@
 #include "tests/settings/settings_support.h"
 #include "util/spooler_platform.h"
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <vector>
 
@@ -14,8 +16,7 @@ namespace zxtest {
 
 inline constexpr wchar_t kShortcutPrinter[] = L"ZX Shortcut Test Printer";
 
-// Installs the sample printer once for the test program (refreshing its driver files).
-void InstallShortcutPrinter();
+inline void InstallShortcutPrinter() { InstallSamplePrinter(kShortcutPrinter); }
 
 // Removes every stored shortcut of the printer and its GUID from the printer's registry key
 // (Wine's spooler cannot delete printer data), and the per-user keys of all printers.
@@ -23,7 +24,16 @@ void ClearShortcutStorage();
 // Removes the stored shortcuts of the printer and of one per-user key, keeping the GUID.
 void ClearStoredShortcuts(const std::wstring& userKey);
 
-// The printer's data under "PrinterDriverData\PrintShortcutData" as the spooler gives it.
+// Tests on the shortcut test printer, which starts without stored shortcuts or GUID.
+class ShortcutPrinterTest : public testing::Test {
+protected:
+    ShortcutPrinterTest() {
+        InstallShortcutPrinter();
+        ClearShortcutStorage();
+    }
+};
+
+// A value of the printer's data as the spooler gives it.
 struct StoredData {
     DWORD type = REG_NONE;
     std::vector<BYTE> bytes;
@@ -33,11 +43,17 @@ struct StoredData {
         return text.substr(0, text.find(L'\0'));
     }
 };
+std::optional<StoredData> PrinterDataValue(const wchar_t* key, const std::wstring& name);
+// A value under "PrinterDriverData\PrintShortcutData"; a REG_DWORD value under `key`; the GUID.
 std::optional<StoredData> PrinterShortcutValue(const std::wstring& name);
-// Writes a value there, or under a per-user key, as any program could.
-void WritePrinterValue(const std::wstring& name, DWORD type, const void* data, DWORD size);
-void WriteUserValue(const std::wstring& keyPath, const std::wstring& name, DWORD type, const void* data, DWORD size);
+std::optional<DWORD> PrinterDataNumber(const wchar_t* key, const std::wstring& name);
 std::optional<std::wstring> PrinterGuidValue();
+// Writes a value there, or under a per-user key, as any program could; a text without terminator.
+void WritePrinterValue(const std::wstring& name, DWORD type, const void* data, DWORD size);
+void WritePrinterText(const std::wstring& name, const std::wstring& text);
+void WriteUserValue(const std::wstring& keyPath, const std::wstring& name, DWORD type, const void* data, DWORD size);
+// The printer's key in the registry, where Wine's spooler keeps its data.
+std::wstring ShortcutPrinterKey();
 
 // The seam as a user who may only print sees the spooler: full access to the printer is refused.
 // Deleting printer data, which Wine cannot, deletes through the printer's registry key and is
@@ -47,8 +63,6 @@ class SpoolerSeam {
 public:
     SpoolerSeam();
     ~SpoolerSeam();
-    SpoolerSeam(const SpoolerSeam&) = delete;
-    SpoolerSeam& operator=(const SpoolerSeam&) = delete;
 
     bool restricted = false;
     std::optional<GUID> nextGuid;  // what CoCreateGuid answers; the real one without

@@ -19,11 +19,6 @@ using namespace zxtest;
 
 namespace {
 
-int Iterations() {
-    const char* configured = std::getenv("ZX_FUZZ_ITERATIONS");
-    return configured ? std::atoi(configured) : 2000;
-}
-
 constexpr uint32_t kSeed = 0x5C0FFEE;
 
 const std::vector<std::string> kFeatures = {"MediaType", "PageOutputQuality", "DocumentNUp", "BorderlessPrint",
@@ -138,15 +133,13 @@ void ExpectValidCollection(const VUIPSItem& shortcuts, const std::vector<FuzzVal
         EXPECT_TRUE(names.insert(name).second) << "listed twice";
         EXPECT_EQ(kFeatures, record.features);
         EXPECT_EQ(5u, record.optionNames.size());
-        std::vector<std::string> keys;
-        for (const auto& setting : record.settings) keys.push_back(setting.first);
-        EXPECT_EQ((std::vector<std::string>{"BorderlessPrint", "DocumentNUp", "Duplex", "MediaType", "PageOutputQuality"}), keys);
+        EXPECT_EQ(5u, record.settings.size());
+        for (const std::string& feature : kFeatures) EXPECT_TRUE(record.settings.count(feature)) << feature;
         EXPECT_TRUE(record.baseIndex >= 0 && record.baseIndex < count) << record.baseIndex;
         EXPECT_TRUE(zx::IsShortcutBitmap(record.bitmapId)) << record.bitmapId;
         if (record.isBuiltIn) continue;
         EXPECT_TRUE(loadable.count(name)) << "not a stored shortcut";
-        EXPECT_NE(zx::kCurrentShortcutValue, name);
-        EXPECT_NE(zx::kCustomBitmapIdValue, name);
+        EXPECT_TRUE(name != zx::kCurrentShortcutValue && name != zx::kCustomBitmapIdValue) << "a bookkeeping value";
     }
     for (const FuzzValue& value : values) {
         EXPECT_TRUE(!value.wellFormed || names.count(value.name)) << "lost a shortcut";
@@ -163,7 +156,8 @@ TEST(ShortcutStoreFuzz, HostileStoredValuesNeverBreakTheCollection) {
     const std::wstring userKey = VPrintShortcutStore(kShortcutPrinter, false).PerUserKeyPath();
     ASSERT_FALSE(userKey.empty());
 
-    const int iterations = Iterations();
+    const char* configured = std::getenv("ZX_FUZZ_ITERATIONS");
+    const int iterations = configured ? std::atoi(configured) : 2000;
     for (int iteration = 0; iteration < iterations; ++iteration) {
         SCOPED_TRACE("case " + std::to_string(iteration));
         ClearStoredShortcuts(userKey);

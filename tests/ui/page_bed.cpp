@@ -1,23 +1,13 @@
 #include "tests/ui/page_bed.h"
 
 #include "drvhost/printer_install.h"
-#include "shortcuts/shortcut_store.h"
-#include "tests/shortcuts/shortcut_bed.h"
-#include "util/scoped.h"
 
 #include <commctrl.h>
 
 namespace zxtest {
 
-void ShownSheetTest::SetUp() {
-    ZX_REQUIRE_DISPLAY();
-    InstallShortcutPrinter();
-    ClearShortcutStorage();
-}
-
 PageBed::PageBed(drvhost::FeatureSheet sheet, DWORD flags,
-                 const std::vector<std::pair<std::string, DWORD>>& jobSettings,
-                 const std::function<void(drvhost::UiSession&)>& beforeOpen) {
+                 const std::vector<std::pair<std::string, DWORD>>& jobSettings) {
     InstallShortcutPrinter();
     const std::wstring directory = drvhost::DriverDirectoryOf(kShortcutPrinter);
     host = std::make_unique<drvhost::DriverHost>(drvhost::LoadPrinterDescription(directory + drvhost::kDescriptionFile),
@@ -27,12 +17,10 @@ PageBed::PageBed(drvhost::FeatureSheet sheet, DWORD flags,
         job->SetSelection(host->Core().Description().FindFeature(feature).value(), option);
     }
     session = std::make_unique<drvhost::UiSession>(*host, sheet, job.get(), flags);
-    if (beforeOpen) beforeOpen(*session);
     session->Open();
 }
 
-drvhost::SheetRun PageBed::Run(const std::vector<std::wstring>& steps, const drvhost::SheetInspector& inspect,
-                               const std::wstring& screenshot) {
+drvhost::SheetRun PageBed::Run(const std::vector<std::wstring>& steps, const drvhost::SheetInspector& inspect) {
     std::vector<drvhost::SheetStep> parsed;
     std::string problem;
     for (const std::wstring& text : steps) {
@@ -41,7 +29,7 @@ drvhost::SheetRun PageBed::Run(const std::vector<std::wstring>& steps, const drv
         if (step) parsed.push_back(*step);
     }
     drvhost::SheetRun run;
-    EXPECT_TRUE(drvhost::RunSheet(*session, parsed, screenshot, run, problem, inspect)) << problem;
+    EXPECT_TRUE(drvhost::RunSheet(*session, parsed, {}, run, problem, inspect)) << problem;
     return run;
 }
 
@@ -101,28 +89,5 @@ std::wstring ComboText(HWND page, int id) {
 bool Enabled(HWND page, int id) { return ::IsWindowEnabled(::GetDlgItem(page, id)) != FALSE; }
 
 bool Visible(HWND page, int id) { return ::IsWindowVisible(::GetDlgItem(page, id)) != FALSE; }
-
-void StorePrinterShortcut(const std::wstring& name, const std::wstring& text) {
-    std::wstring printerName = kShortcutPrinter;
-    zx::unique_printer printer;
-    ASSERT_TRUE(::OpenPrinterW(printerName.data(), printer.put(), nullptr));
-    const auto* bytes = reinterpret_cast<const BYTE*>(text.data());
-    ASSERT_EQ(static_cast<DWORD>(ERROR_SUCCESS),
-              ::SetPrinterDataExW(printer.get(), zx::kShortcutDataKey, name.c_str(), REG_SZ, const_cast<BYTE*>(bytes),
-                                  static_cast<DWORD>(text.size() * sizeof(wchar_t))));
-}
-
-std::optional<DWORD> DriverDataNumber(const wchar_t* key, const wchar_t* name) {
-    std::wstring printerName = kShortcutPrinter;
-    zx::unique_printer printer;
-    if (!::OpenPrinterW(printerName.data(), printer.put(), nullptr)) return std::nullopt;
-    DWORD type = 0, number = 0, needed = 0;
-    if (::GetPrinterDataExW(printer.get(), key, name, &type, reinterpret_cast<BYTE*>(&number), sizeof(number),
-                            &needed) != ERROR_SUCCESS ||
-        type != REG_DWORD) {
-        return std::nullopt;
-    }
-    return number;
-}
 
 }  // namespace zxtest

@@ -6,10 +6,10 @@
 #include "drvhost/driver_host.h"
 #include "drvhost/sheet_window.h"
 #include "drvhost/ui_session.h"
+#include "tests/shortcuts/shortcut_bed.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -21,25 +21,22 @@ namespace zxtest {
     if (!drvhost::HasDisplay()) GTEST_SKIP() << "no display: property sheets need an X display (xvfb-run)"
 
 // Tests of the shown sheets: a display, the shortcut test printer installed, no stored shortcut.
-class ShownSheetTest : public testing::Test {
+class ShownSheetTest : public ShortcutPrinterTest {
 protected:
-    void SetUp() override;
+    void SetUp() override { ZX_REQUIRE_DISPLAY(); }
 };
 
 // One opening of a property sheet of the shortcut test printer with a new default job.
 class PageBed {
 public:
-    // `job` is the job's settings before the sheet opens: feature keyword and option index.
-    // `beforeOpen` may change the session's parameter block before the plug-in sees it.
+    // `jobSettings` are the job's settings before the sheet opens: feature keyword and option index.
     explicit PageBed(drvhost::FeatureSheet sheet = drvhost::FeatureSheet::Document,
                      DWORD flags = drvhost::kDocumentSheetMode,
-                     const std::vector<std::pair<std::string, DWORD>>& jobSettings = {},
-                     const std::function<void(drvhost::UiSession&)>& beforeOpen = {});
+                     const std::vector<std::pair<std::string, DWORD>>& jobSettings = {});
 
     // Shows the sheet, carries out the steps ("shortcut=NAME", "setting=LABEL=ENTRY", ...) and
     // closes it; `inspect` sees the sheet after opening and after every step.
-    drvhost::SheetRun Run(const std::vector<std::wstring>& steps, const drvhost::SheetInspector& inspect = {},
-                          const std::wstring& screenshot = {});
+    drvhost::SheetRun Run(const std::vector<std::wstring>& steps, const drvhost::SheetInspector& inspect = {});
 
     std::unique_ptr<drvhost::DriverHost> host;
     std::unique_ptr<drvhost::JobDevMode> job;
@@ -59,11 +56,5 @@ std::wstring ControlText(HWND page, int id);
 std::wstring ComboText(HWND page, int id);
 bool Enabled(HWND page, int id);
 bool Visible(HWND page, int id);
-
-// Stores a shortcut in the printer's data as another program could: `text` without terminator.
-void StorePrinterShortcut(const std::wstring& name, const std::wstring& text);
-
-// A REG_DWORD value of the shortcut test printer's data under `key`.
-std::optional<DWORD> DriverDataNumber(const wchar_t* key, const wchar_t* name);
 
 }  // namespace zxtest

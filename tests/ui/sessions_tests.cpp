@@ -5,7 +5,6 @@
 #include "device/auto_configuration.h"
 #include "drvhost/printer_install.h"
 #include "shortcuts/shortcut_store.h"
-#include "tests/shortcuts/shortcut_bed.h"
 #include "core/ui_interface.h"
 #include "tests/settings/settings_support.h"
 #include "tests/support/failing_allocator.h"
@@ -23,25 +22,25 @@ namespace {
 
 constexpr DWORD kHide = OPTIF_HIDE, kChanged = OPTIF_CHANGED, kDisabled = OPTIF_DISABLED;
 
-// Installs the shortcut test printer on the simulated device of a profile under samples/devices
-// and raises the printer-initialise event, as the spooler does after an installation, so that the
-// device is asked again.
-void AttachDevice(const wchar_t* profile) {
+// Installs the shortcut test printer on the simulated device of a profile under samples/devices.
+void InstallOnDevice(const wchar_t* profile) {
     drvhost::PrinterSetup setup;
     setup.printerName = kShortcutPrinter;
     setup.sourceDirectory = drvhost::ProgramDirectory();
     setup.deviceProfile = drvhost::ProgramDirectory() + L"devices\\" + profile;
     drvhost::InstallPrinter(setup);
+}
+
+// Installs it there and raises the printer-initialise event, as the spooler does after an
+// installation, so that the device is asked again.
+void AttachDevice(const wchar_t* profile) {
+    InstallOnDevice(profile);
     PageBed bed(FeatureSheet::Printer);
     ASSERT_EQ(S_OK, bed.host->Ui()->PrinterEvent(const_cast<PWSTR>(kShortcutPrinter), PRINTER_EVENT_INITIALIZE, 0, 0));
 }
 
 void ForgetManualChanges() {
-    std::wstring name = kShortcutPrinter;
-    zx::unique_printer printer;
-    PRINTER_DEFAULTSW defaults{nullptr, nullptr, PRINTER_ALL_ACCESS};
-    ASSERT_TRUE(::OpenPrinterW(name.data(), printer.put(), &defaults));
-    const std::wstring key = L"System\\CurrentControlSet\\Control\\Print\\Printers\\" + name + L"\\PrinterDriverData";
+    const std::wstring key = ShortcutPrinterKey() + L"\\PrinterDriverData";
     for (const wchar_t* value :
          {zx::kDuplexUnitManuallyChanged, zx::kTray2ManuallyChanged, zx::kPhotoTrayManuallyChanged}) {
         ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, key.c_str(), value);
@@ -72,13 +71,7 @@ PROPSHEETUI_INFO SheetInfo(WORD reason, WORD version = PROPSHEETUI_INFO_VERSION)
     return info;
 }
 
-class Sessions : public testing::Test {
-protected:
-    void SetUp() override {
-        InstallShortcutPrinter();
-        ClearShortcutStorage();
-    }
-};
+using Sessions = ShortcutPrinterTest;
 
 }  // namespace
 
@@ -151,7 +144,7 @@ TEST_F(Sessions, PrinterInitialiseEvent) {
     const std::optional<std::wstring> guid = PrinterGuidValue();
     ASSERT_TRUE(guid.has_value());
     EXPECT_FALSE(guid->empty());
-    EXPECT_EQ(1u, DriverDataNumber(L"PrinterDriverData", L"InstallOver"));
+    EXPECT_EQ(1u, PrinterDataNumber(L"PrinterDriverData", L"InstallOver"));
     EXPECT_EQ(S_OK, ui->PrinterEvent(nullptr, PRINTER_EVENT_INITIALIZE, 0, 0));
 }
 
@@ -183,7 +176,7 @@ TEST_F(Sessions, PrinterSheetFollowsTheDevice) {
     {
         PageBed bed(FeatureSheet::Printer);
         bed.session->SelectOption("DuplexUnit", 0);
-        EXPECT_EQ(1u, DriverDataNumber(L"PrinterDriverData", zx::kDuplexUnitManuallyChanged));
+        EXPECT_EQ(1u, PrinterDataNumber(L"PrinterDriverData", zx::kDuplexUnitManuallyChanged));
     }
     AttachDevice(L"mono-basic.profile");
     PageBed bed(FeatureSheet::Printer);
@@ -197,11 +190,7 @@ TEST_F(Sessions, AutoconfigAsksTheDeviceAgain) {
     ForgetManualChanges();
     AttachDevice(L"mono-basic.profile");
     PageBed bed(FeatureSheet::Printer);
-    drvhost::PrinterSetup setup;
-    setup.printerName = kShortcutPrinter;
-    setup.sourceDirectory = drvhost::ProgramDirectory();
-    setup.deviceProfile = drvhost::ProgramDirectory() + L"devices\\colour-duplex.profile";
-    drvhost::InstallPrinter(setup);  // the device changed while the sheet is open
+    InstallOnDevice(L"colour-duplex.profile");  // the device changed while the sheet is open
     bed.session->SelectOption("Autoconfig", 1);
     EXPECT_EQ(0, StateOf(bed, "Autoconfig").selection);
     EXPECT_EQ((ItemState{0, kChanged | kDisabled}), StateOf(bed, "DuplexUnit"));
@@ -258,8 +247,7 @@ TEST(PageCreation, TemplateByTheUsersLanguageAndStartPage) {
         ASSERT_EQ(S_OK, page.SetUIParams(&sheet.params));
         ASSERT_EQ(S_OK, page.SetProperties(&sheet.properties));
         ASSERT_EQ(S_OK, page.Initialise());
-        PROPSHEETUI_INFO info{};
-        info.cbSize = sizeof(info);
+        PROPSHEETUI_INFO info = SheetInfo(PROPSHEETUI_REASON_INIT);
         info.pfnComPropSheet = callback;
         EXPECT_EQ(S_OK, page.CreatePage(&info, {}));
         ASSERT_EQ(1u, added.pages.size());
@@ -300,10 +288,7 @@ TEST(SessionSetUp, AFailedStepDisablesTheObject) {
             set = ui->CommonUIProp(OEMCUIP_DOCPROP, &sheet.params);
         }
         answers.insert(set);
-        PROPSHEETUI_INFO info{};
-        info.cbSize = sizeof(info);
-        info.Version = PROPSHEETUI_INFO_VERSION;
-        info.Reason = PROPSHEETUI_REASON_INIT;
+        PROPSHEETUI_INFO info = SheetInfo(PROPSHEETUI_REASON_INIT);
         info.pfnComPropSheet = addPage;
         const HRESULT pages = ui->DocumentPropertySheets(&info, 0);
         if (set == E_NOTIMPL) {

@@ -3,7 +3,6 @@
 // and driven with the messages that clicks send. What the page stores is read back from Wine's
 // spooler.
 #include "shortcuts/shortcut_store.h"
-#include "tests/shortcuts/shortcut_bed.h"
 #include "tests/ui/page_bed.h"
 
 #include <commctrl.h>
@@ -29,11 +28,6 @@ using ShortcutsPage = ShownSheetTest;
 // first selected with its five settings; opening it changes nothing in the job.
 TEST_F(ShortcutsPage, OpensAsStartPageWithTheBuiltInShortcuts) {
     PageBed bed;
-    ASSERT_EQ(S_OK, bed.session->CommonUIPropResult());
-    ASSERT_EQ(S_OK, bed.session->PropertySheetsResult());
-    ASSERT_EQ(1u, bed.session->Pages().size());
-    EXPECT_EQ(bed.session->Pages()[0], bed.session->StartPage());
-
     bool inspected = false;
     bed.Run({}, [&](size_t, HWND sheet) {
         inspected = true;
@@ -67,31 +61,22 @@ TEST_F(ShortcutsPage, OpensAsStartPageWithTheBuiltInShortcuts) {
     EXPECT_TRUE(inspected);
 }
 
-// Picking a shortcut hands its settings to the core driver's items at once; OK writes them into
-// the job.
-TEST_F(ShortcutsPage, SelectingAShortcutSetsTheCoreDriversItems) {
+// Picking a shortcut hands its settings to the core driver's items at once. Changing one of them
+// makes a pending shortcut at the end of the list, selected, with the modified picture of its
+// source; the item follows at once, and OK writes the items into the job.
+TEST_F(ShortcutsPage, SelectingAShortcutAndChangingASettingReachTheCoreDriversItems) {
     PageBed bed;
-    bed.Run({L"shortcut=Photo Printing - Borderless", L"ok"}, [&](size_t steps, HWND sheet) {
-        if (steps != 1) return;
-        HWND page = ShortcutPageOf(sheet);
-        EXPECT_EQ(L"ZX Premium Photo Paper Glossy", ComboText(page, kMediaCombo));
-        EXPECT_EQ(2, bed.ItemSelection("MediaType"));
-        EXPECT_EQ(2, bed.ItemSelection("PageOutputQuality"));  // Best
-        EXPECT_EQ(1, bed.ItemSelection("BorderlessPrint"));
-        EXPECT_FALSE(Enabled(page, kDelete));  // a built-in shortcut cannot be deleted
-    });
-    EXPECT_EQ(2u, bed.JobSelection("MediaType"));
-    EXPECT_EQ(1u, bed.JobSelection("BorderlessPrint"));
-}
-
-// Changing a setting of a built-in shortcut makes a pending shortcut at the end of the list,
-// selected, with the modified picture of its source; the item follows at once.
-TEST_F(ShortcutsPage, ChangingASettingMakesAPendingShortcut) {
-    PageBed bed;
-    bed.Run({L"shortcut=Photo Printing - Borderless", L"setting=Media type=Other Photo Inkjet Papers"},
+    bed.Run({L"shortcut=Photo Printing - Borderless", L"setting=Media type=Other Photo Inkjet Papers", L"ok"},
             [&](size_t steps, HWND sheet) {
-                if (steps != 2) return;
                 HWND page = ShortcutPageOf(sheet);
+                if (steps == 1) {
+                    EXPECT_EQ(L"ZX Premium Photo Paper Glossy", ComboText(page, kMediaCombo));
+                    EXPECT_EQ(2, bed.ItemSelection("MediaType"));
+                    EXPECT_EQ(2, bed.ItemSelection("PageOutputQuality"));  // Best
+                    EXPECT_EQ(1, bed.ItemSelection("BorderlessPrint"));
+                    EXPECT_FALSE(Enabled(page, kDelete));  // a built-in shortcut cannot be deleted
+                }
+                if (steps != 2) return;
                 std::vector<std::wstring> expected = kBuiltIns;
                 expected.push_back(kPendingName);
                 EXPECT_EQ(expected, ListTexts(page));
@@ -103,12 +88,15 @@ TEST_F(ShortcutsPage, ChangingASettingMakesAPendingShortcut) {
                 EXPECT_EQ(4, bed.ItemSelection("MediaType"));
                 EXPECT_TRUE(::IsWindowEnabled(::GetDlgItem(sheet, kApplyButton)));
             });
-    EXPECT_EQ(155u, DriverDataNumber(zx::kShortcutDataKey, L"CustomBitmapID"));
+    EXPECT_EQ(4u, bed.JobSelection("MediaType"));
+    EXPECT_EQ(1u, bed.JobSelection("BorderlessPrint"));
+    EXPECT_EQ(155u, PrinterDataNumber(zx::kShortcutDataKey, zx::kCustomBitmapIdValue));
 }
 
 // Save as names the pending shortcut; Apply stores it in the printer's data in its text form
-// and records it as the current shortcut, and the next opening of the sheet selects it.
-TEST_F(ShortcutsPage, SaveAsAndApplyStoreTheShortcutForTheNextOpening) {
+// and records it as the current shortcut; the next opening of the sheet selects it, and Delete
+// removes it from the list and selects the shortcut before it.
+TEST_F(ShortcutsPage, SaveAsApplyAndDeleteOfAUserShortcut) {
     {
         PageBed bed;
         const auto run = bed.Run({L"setting=Print quality=Draft", L"save-as=  My drafts  ", L"apply", L"ok"},
@@ -126,17 +114,22 @@ TEST_F(ShortcutsPage, SaveAsAndApplyStoreTheShortcutForTheNextOpening) {
         // keywords' order (BorderlessPrint, DocumentNUp, Duplex, MediaType, PageOutputQuality):
         // all first options, Draft being the first print quality offered.
         EXPECT_EQ(L"0,0,154,0,0,0,0,0,", stored->Text());
-        EXPECT_EQ(6u, DriverDataNumber(zx::kShortcutDataKey, L"CurrentShortcut"));
+        EXPECT_EQ(6u, PrinterDataNumber(zx::kShortcutDataKey, zx::kCurrentShortcutValue));
         EXPECT_EQ(0u, bed.JobSelection("PageOutputQuality"));
     }
     PageBed reopened(drvhost::FeatureSheet::Document, drvhost::kDocumentSheetMode, {{"PageOutputQuality", 0}});
-    reopened.Run({}, [&](size_t, HWND sheet) {
+    std::vector<std::wstring> expected = kBuiltIns;
+    expected.push_back(L"My drafts");
+    reopened.Run({L"shortcut=Factory Defaults", L"shortcut=My drafts", L"delete"}, [&](size_t steps, HWND sheet) {
         HWND page = ShortcutPageOf(sheet);
-        std::vector<std::wstring> expected = kBuiltIns;
-        expected.push_back(L"My drafts");
-        EXPECT_EQ(expected, ListTexts(page));
-        EXPECT_EQ(6, SelectedListItem(page));
-        EXPECT_TRUE(Enabled(page, kDelete));
+        if (steps == 0) {
+            EXPECT_EQ(expected, ListTexts(page));
+            EXPECT_EQ(6, SelectedListItem(page));
+        }
+        EXPECT_EQ(steps != 1, Enabled(page, kDelete)) << steps;
+        if (steps != 3) return;
+        EXPECT_EQ(kBuiltIns, ListTexts(page));
+        EXPECT_EQ(5, SelectedListItem(page));
     });
 }
 
@@ -153,7 +146,7 @@ TEST_F(ShortcutsPage, RefusedNamesShowTheirMessages) {
     EXPECT_FALSE(PrinterShortcutValue(fifty).has_value());
 
     // Nineteen stored shortcuts, six built-in ones and the pending one make 26.
-    for (int i = 0; i < 19; ++i) StorePrinterShortcut(L"Stored " + std::to_wstring(i), L"0,0,154,");
+    for (int i = 0; i < 19; ++i) WritePrinterText(L"Stored " + std::to_wstring(i), L"0,0,154,");
     PageBed full;
     const auto tooMany =
         full.Run({L"setting=Print quality=Draft", L"save-as=One too many"}, [&](size_t steps, HWND sheet) {
@@ -173,20 +166,5 @@ TEST_F(ShortcutsPage, ReadOnlySheetDisablesEveryControl) {
         HWND page = ShortcutPageOf(sheet);
         EXPECT_EQ(kBuiltIns, ListTexts(page));
         for (int id : {1020, 1031, 1033, 1035, 1029, 1037, kSaveAs, kDelete}) EXPECT_FALSE(Enabled(page, id)) << id;
-    });
-}
-
-// Delete removes the selected user shortcut from the list and selects the one before it.
-TEST_F(ShortcutsPage, DeleteRemovesTheSelectedUserShortcut) {
-    StorePrinterShortcut(L"Mine", L"0,0,154,");
-    PageBed bed;
-    bed.Run({L"shortcut=Mine", L"delete"}, [&](size_t steps, HWND sheet) {
-        HWND page = ShortcutPageOf(sheet);
-        if (steps == 1) {
-            EXPECT_TRUE(Enabled(page, kDelete));
-        }
-        if (steps != 2) return;
-        EXPECT_EQ(kBuiltIns, ListTexts(page));
-        EXPECT_EQ(5, SelectedListItem(page));
     });
 }

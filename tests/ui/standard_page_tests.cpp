@@ -1,6 +1,5 @@
 // The plug-in's labels on the core driver's standard document page, shown on the display: the
 // quality buttons and the two-sided control, as the common UI redraws them after changes.
-#include "tests/shortcuts/shortcut_bed.h"
 #include "tests/ui/page_bed.h"
 
 #include <gtest/gtest.h>
@@ -27,54 +26,47 @@ using StandardPage = ShownSheetTest;
 
 }  // namespace
 
-// The quality buttons carry the plug-in's labels, and keep them when the common UI redraws the
-// page after a change of another item.
-TEST_F(StandardPage, QualityButtonsKeepThePluginsLabels) {
+// The quality buttons carry the plug-in's labels and keep them when the common UI redraws the page
+// after a change of another item. With a two-sided unit the two-sided control says so while manual
+// two-sided printing is off, and gives the manual label while it is on. The control is widened
+// once per sheet, however often the page becomes active.
+TEST_F(StandardPage, QualityLabelsAndTheTwoSidedControl) {
     PageBed bed;
-    const WORD quality = FirstControlOf(bed, "PageOutputQuality");
-    const std::vector<std::wstring> labels = {L"&Draft", L"&Normal", L"&Best"};  // strings 940, 43, 941
-    auto shown = [&](HWND page) {
-        return std::vector<std::wstring>{HeldText(::GetDlgItem(page, quality + 2)),
-                                         HeldText(::GetDlgItem(page, quality + 4)),
-                                         HeldText(::GetDlgItem(page, quality + 6))};
+    const WORD quality = FirstControlOf(bed, "PageOutputQuality"), twoSided = FirstControlOf(bed, "Duplex") + 1;
+    const auto labelOf = [&](HWND sheet, int id) { return HeldText(::GetDlgItem(StandardPageOf(sheet), id)); };
+    const auto expectQualityLabels = [&](HWND sheet, const std::string& when) {  // strings 940, 43, 941
+        EXPECT_EQ((std::vector<std::wstring>{L"&Draft", L"&Normal", L"&Best"}),
+                  (std::vector{labelOf(sheet, quality + 2), labelOf(sheet, quality + 4), labelOf(sheet, quality + 6)}))
+            << when;
     };
-    size_t checks = 0;
-    bed.Run({kStandardPage, L"option=PaperSize=A4", L"option=Orientation=Landscape"}, [&](size_t steps, HWND sheet) {
-        if (steps == 0) return;
-        ++checks;
-        EXPECT_EQ(labels, shown(StandardPageOf(sheet))) << "after step " << steps;
-    });
-    EXPECT_EQ(3u, checks);
-}
-
-// With a two-sided unit the two-sided control says so while manual two-sided printing is off, and
-// gives the manual label while it is on. The control is widened once per sheet, however often the
-// page becomes active.
-TEST_F(StandardPage, TwoSidedControlFollowsManualPrintingAndIsWidenedOnce) {
-    PageBed bed;
-    const WORD control = FirstControlOf(bed, "Duplex") + 1;
-    auto labelOf = [&](HWND sheet) { return HeldText(::GetDlgItem(StandardPageOf(sheet), control)); };
-    auto widthOf = [&](HWND sheet) {
+    const auto widthOf = [&](HWND sheet) {
         RECT bounds{};
-        ::GetWindowRect(::GetDlgItem(StandardPageOf(sheet), control), &bounds);
+        ::GetWindowRect(::GetDlgItem(StandardPageOf(sheet), twoSided), &bounds);
         return bounds.right - bounds.left;
     };
     LONG firstWidth = 0;
-    bed.Run({kStandardPage, L"page=Printing Shortcuts", kStandardPage}, [&](size_t steps, HWND sheet) {
-        if (steps == 1) {
-            firstWidth = widthOf(sheet);
-            RECT laidOut{0, 0, 106, 10};  // the width the standard page gives the label
-            ::MapDialogRect(StandardPageOf(sheet), &laidOut);
-            EXPECT_EQ(laidOut.right + 74, firstWidth);
-            EXPECT_EQ(L"Print on both sides", labelOf(sheet));
-            HWND page = StandardPageOf(sheet);
-            bed.session->SelectOption("ZXPrintOnBothSidesManually", 1, page);
-            EXPECT_EQ(L"Print on both sides manually", labelOf(sheet));
-            bed.session->SelectOption("ZXPrintOnBothSidesManually", 0, page);
-            EXPECT_EQ(L"Print on both sides", labelOf(sheet));
-        }
-        if (steps == 3) {
-            EXPECT_EQ(firstWidth, widthOf(sheet)) << "widened again";
-        }
-    });
+    size_t checks = 0;
+    bed.Run({kStandardPage, L"option=PaperSize=A4", L"option=Orientation=Landscape", L"page=Printing Shortcuts",
+             kStandardPage},
+            [&](size_t steps, HWND sheet) {
+                if (steps == 1) {
+                    firstWidth = widthOf(sheet);
+                    RECT laidOut{0, 0, 106, 10};  // the width the standard page gives the label
+                    ::MapDialogRect(StandardPageOf(sheet), &laidOut);
+                    EXPECT_EQ(laidOut.right + 74, firstWidth);
+                    EXPECT_EQ(L"Print on both sides", labelOf(sheet, twoSided));
+                    HWND page = StandardPageOf(sheet);
+                    bed.session->SelectOption("ZXPrintOnBothSidesManually", 1, page);
+                    EXPECT_EQ(L"Print on both sides manually", labelOf(sheet, twoSided));
+                    bed.session->SelectOption("ZXPrintOnBothSidesManually", 0, page);
+                    EXPECT_EQ(L"Print on both sides", labelOf(sheet, twoSided));
+                }
+                if (steps == 0 || steps == 4) return;  // the standard page is not on show
+                ++checks;
+                expectQualityLabels(sheet, "after step " + std::to_string(steps));
+                if (steps == 5) {
+                    EXPECT_EQ(firstWidth, widthOf(sheet)) << "widened again";
+                }
+            });
+    EXPECT_EQ(4u, checks);
 }
