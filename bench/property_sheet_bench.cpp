@@ -5,6 +5,7 @@
 // alone with 25 stored shortcuts. Needs a display. Argument: rounds (default 40).
 #include "bench/bench_timing.h"
 #include "drvhost/driver_host.h"
+#include "drvhost/plugin_stub.h"
 #include "drvhost/printer_install.h"
 #include "drvhost/sheet_window.h"
 #include "drvhost/ui_session.h"
@@ -30,18 +31,8 @@ constexpr wchar_t kShortcutDataKey[] = L"PrinterDriverData\\PrintShortcutData";
 constexpr wchar_t kBenchmarkPrinter[] = L"ZX Sheet Benchmark Printer";
 
 // A UI plug-in that leaves everything to the core driver: the sheet as it is without the plug-in.
-class CoreDriverOnly final : public IPrintOemUI {
+class CoreDriverOnly final : public PluginStub {
 public:
-    STDMETHODIMP QueryInterface(REFIID riid, void** ppv) override {
-        if (!IsEqualIID(riid, IID_IUnknown) && !IsEqualIID(riid, IID_IPrintOemUI)) {
-            *ppv = nullptr;
-            return E_NOINTERFACE;
-        }
-        *ppv = this;
-        return S_OK;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return 1; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
     STDMETHODIMP GetInfo(DWORD mode, PVOID buffer, DWORD, PDWORD needed) override {
         *needed = sizeof(DWORD);
         *static_cast<DWORD*>(buffer) = mode == OEMGI_GETREQUESTEDHELPERINTERFACES ? 0 : 1;
@@ -52,21 +43,6 @@ public:
         return S_OK;
     }
     STDMETHODIMP PublishDriverInterface(IUnknown*) override { return S_OK; }
-    STDMETHODIMP CommonUIProp(DWORD, POEMCUIPPARAM) override { return E_NOTIMPL; }
-    STDMETHODIMP DocumentPropertySheets(PPROPSHEETUI_INFO, LPARAM) override { return E_NOTIMPL; }
-    STDMETHODIMP DevicePropertySheets(PPROPSHEETUI_INFO, LPARAM) override { return E_NOTIMPL; }
-    STDMETHODIMP DevQueryPrintEx(POEMUIOBJ, PDEVQUERYPRINT_INFO, PDEVMODEW, PVOID) override { return E_NOTIMPL; }
-    STDMETHODIMP DeviceCapabilities(POEMUIOBJ, HANDLE, PWSTR, WORD, PVOID, PDEVMODEW, PVOID, DWORD, DWORD*) override {
-        return E_NOTIMPL;
-    }
-    STDMETHODIMP UpgradePrinter(DWORD, PBYTE) override { return E_NOTIMPL; }
-    STDMETHODIMP PrinterEvent(PWSTR, INT, DWORD, LPARAM) override { return E_NOTIMPL; }
-    STDMETHODIMP DriverEvent(DWORD, DWORD, LPBYTE, LPARAM) override { return E_NOTIMPL; }
-    STDMETHODIMP QueryColorProfile(HANDLE, POEMUIOBJ, PDEVMODEW, PVOID, ULONG, VOID*, ULONG*, FLONG*) override {
-        return E_NOTIMPL;
-    }
-    STDMETHODIMP FontInstallerDlgProc(HWND, UINT, WPARAM, LPARAM) override { return E_NOTIMPL; }
-    STDMETHODIMP UpdateExternalFonts(HANDLE, HANDLE, PWSTR) override { return E_NOTIMPL; }
 };
 
 void StoreShortcuts(const std::wstring& printerName) {

@@ -1,6 +1,7 @@
 // A property-sheet session as the core driver runs it, with a recording plug-in in place of the
 // real one: the parameter block, the sheet callback, the item callback and the DEVMODE operations.
 #include "drvhost/driver_host.h"
+#include "drvhost/plugin_stub.h"
 #include "drvhost/ui_session.h"
 
 #include <gtest/gtest.h>
@@ -13,20 +14,8 @@ using namespace drvhost;
 namespace {
 
 // A UI plug-in that records what the core driver hands it and answers like a simple plug-in.
-class RecordingPlugin final : public IPrintOemUI {
+class RecordingPlugin final : public PluginStub {
 public:
-    STDMETHODIMP QueryInterface(REFIID riid, void** ppv) override {
-        if (!IsEqualIID(riid, IID_IUnknown) && !IsEqualIID(riid, IID_IPrintOemUI)) {
-            *ppv = nullptr;
-            return E_NOINTERFACE;
-        }
-        *ppv = this;
-        AddRef();
-        return S_OK;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return ++refCount; }
-    STDMETHODIMP_(ULONG) Release() override { return --refCount; }
-
     STDMETHODIMP GetInfo(DWORD mode, PVOID buffer, DWORD, PDWORD needed) override {
         *needed = 4;
         *static_cast<DWORD*>(buffer) = mode == OEMGI_GETREQUESTEDHELPERINTERFACES ? OEMPUBLISH_IPRINTCOREHELPER : 7;
@@ -72,20 +61,6 @@ public:
         info->pfnComPropSheet(info->hComPropSheet, CPSFUNC_SET_RESULT, added, CPSUI_OK);
         return added ? S_OK : E_FAIL;
     }
-    STDMETHODIMP DevicePropertySheets(PPROPSHEETUI_INFO, LPARAM) override { return E_NOTIMPL; }
-    STDMETHODIMP DevQueryPrintEx(POEMUIOBJ, PDEVQUERYPRINT_INFO, PDEVMODEW, PVOID) override { return E_NOTIMPL; }
-    STDMETHODIMP DeviceCapabilities(POEMUIOBJ, HANDLE, PWSTR, WORD, PVOID, PDEVMODEW, PVOID, DWORD, DWORD*) override {
-        return E_NOTIMPL;
-    }
-    STDMETHODIMP UpgradePrinter(DWORD, PBYTE) override { return E_NOTIMPL; }
-    STDMETHODIMP PrinterEvent(PWSTR, INT, DWORD, LPARAM) override { return E_NOTIMPL; }
-    STDMETHODIMP DriverEvent(DWORD, DWORD, LPBYTE, LPARAM) override { return E_NOTIMPL; }
-    STDMETHODIMP QueryColorProfile(HANDLE, POEMUIOBJ, PDEVMODEW, PVOID, ULONG, VOID*, ULONG*, FLONG*) override {
-        return E_NOTIMPL;
-    }
-    STDMETHODIMP FontInstallerDlgProc(HWND, UINT, WPARAM, LPARAM) override { return E_NOTIMPL; }
-    STDMETHODIMP UpdateExternalFonts(HANDLE, HANDLE, PWSTR) override { return E_NOTIMPL; }
-
     // On a change of Duplex the plug-in moves the paper source and commits it, as a rule would.
     static LONG APIENTRY ItemCallback(PCPSUICBPARAM callback, POEMCUIPPARAM param) {
         auto* self = static_cast<RecordingPlugin*>(param->pOEMUserData);
@@ -103,7 +78,6 @@ public:
         POPTITEM item;
         LONG oldSelection;
     };
-    ULONG refCount = 1;
     Microsoft::WRL::ComPtr<IPrintOemDriverUI> driverUi;
     std::vector<DWORD> devModeModes;
     DWORD commonUIMode = 0;
