@@ -78,15 +78,14 @@ HRESULT VUIInterfaceImpl::PrepareDocumentSheet(POEMCUIPPARAM params) {
     m_properties->SetManualDuplexSupported(0);
     SetUpManualTwoSidedItem();
     if (m_duplexUnitInstalled == 0) {
-        POPTITEM duplex = nullptr;
-        if (SUCCEEDED(m_properties->FindItem(Feature::Duplex, &duplex)) && duplex != nullptr && duplex->Sel != 0) {
+        POPTITEM duplex = m_properties->Item(Feature::Duplex);
+        if (duplex != nullptr && duplex->Sel != 0) {
             duplex->Sel = 0;
             if (params->pPublicDM != nullptr) params->pPublicDM->dmDuplex = 0;
             m_properties->CommitOptItem(duplex);
         }
     }
-    POPTITEM resolution = nullptr;
-    if (SUCCEEDED(m_properties->FindItem(Feature::Resolution, &resolution)) && resolution != nullptr) {
+    if (POPTITEM resolution = m_properties->Item(Feature::Resolution)) {
         resolution->Flags |= OPTIF_HIDE | OPTIF_CHANGED;
         m_properties->CommitOptItem(resolution);
     }
@@ -125,8 +124,8 @@ void VUIInterfaceImpl::EndDocumentSession() {
 // The manual two-sided item is the plug-in's own: it starts on exactly when the printer is
 // configured without a two-sided unit, and it is never shown.
 void VUIInterfaceImpl::SetUpManualTwoSidedItem() {
-    POPTITEM manual = nullptr;
-    if (FAILED(m_properties->FindItem(Feature::ZXPrintOnBothSidesManually, &manual)) || manual == nullptr) return;
+    POPTITEM manual = m_properties->Item(Feature::ZXPrintOnBothSidesManually);
+    if (manual == nullptr) return;
     if (m_properties->FeatureOptions(Feature::DuplexUnit).size() >= 2) {
         const PCSTR unit = m_properties->CurrentOption(Feature::DuplexUnit);
         manual->Sel = unit != nullptr && !zx::KeywordIs(unit, Option::False) ? 0 : 1;
@@ -142,9 +141,9 @@ void VUIInterfaceImpl::ApplyTwoSidedAvailability() {
     const bool network = (PrinterAttributes(m_uiParams->hPrinter) & PRINTER_ATTRIBUTE_NETWORK) != 0;
     const bool manualSupported = m_properties->ManualDuplexSupported() != 0;
     if (!network && zx::GetSystemMajorVersion() >= 6 && manualSupported) return;
-    POPTITEM duplex = nullptr, manual = nullptr;
-    if (FAILED(m_properties->FindItem(Feature::Duplex, &duplex)) || duplex == nullptr) return;
-    if (FAILED(m_properties->FindItem(Feature::ZXPrintOnBothSidesManually, &manual)) || manual == nullptr) return;
+    POPTITEM duplex = m_properties->Item(Feature::Duplex);
+    POPTITEM manual = m_properties->Item(Feature::ZXPrintOnBothSidesManually);
+    if (duplex == nullptr || manual == nullptr) return;
     if (m_properties->DuplexUnitInstalled() != 0 || (manual->Sel != 1 && manualSupported)) return;
     duplex->Flags |= OPTIF_DISABLED;
     duplex->Sel = 0;
@@ -162,8 +161,8 @@ void VUIInterfaceImpl::FillPageContext() {
         if (option == nullptr) continue;
         const std::optional<ShortcutSetting> setting = zx::ParseSettingDefinition(option);
         if (!setting) continue;
-        POPTITEM item = nullptr;
-        if (FAILED(m_properties->FindItem(setting->feature.c_str(), &item)) || item == nullptr) continue;
+        const POPTITEM item = m_properties->Item(setting->feature.c_str());
+        if (item == nullptr) continue;
         m_pageContext[setting->feature] = item->Sel;
         if (setting->feature == Feature::DocumentNUp && m_properties->PrivateDevMode() != nullptr) {
             m_properties->PrivateDevMode()->dwNUpIndex = static_cast<DWORD>(item->Sel);
@@ -204,16 +203,12 @@ STDMETHODIMP VUIInterfaceImpl::DocumentPropertySheets(PPROPSHEETUI_INFO pPSUIInf
 HRESULT VUIInterfaceImpl::AddShortcutPages(PPROPSHEETUI_INFO info) {
     if (m_properties == nullptr) return S_OK;
     VPrivateDevMode* block = m_properties->PrivateDevMode();
-    POPTITEM borderless = nullptr;
-    if (block != nullptr && SUCCEEDED(m_properties->FindItem(Feature::BorderlessPrint, &borderless)) &&
-        borderless != nullptr) {
-        block->dwBorderless = static_cast<DWORD>(borderless->Sel);
-    }
+    const POPTITEM borderless = m_properties->Item(Feature::BorderlessPrint);
+    if (block != nullptr && borderless != nullptr) block->dwBorderless = static_cast<DWORD>(borderless->Sel);
     RefreshDeviceLanguage();
 
     HRESULT hr = S_OK;
-    POPTITEM shortcutsItem = nullptr;
-    if (SUCCEEDED(m_properties->FindItem(Feature::PrintingShortcut, &shortcutsItem)) && shortcutsItem != nullptr) {
+    if (m_properties->Item(Feature::PrintingShortcut) != nullptr) {
         if (m_deviceLanguage != Option::PCLmS) {
             m_rules.ReadAllSettingsFeatures(m_coreHelper.Get());
             m_pages.push_back(std::make_unique<VPrintingShortcutPropPage>());
@@ -230,10 +225,9 @@ HRESULT VUIInterfaceImpl::AddShortcutPages(PPROPSHEETUI_INFO info) {
             if (FAILED(hr = page->CreatePage(info, m_pageContext))) break;
         }
     }
-    POPTITEM duplex = nullptr, margins = nullptr;
-    if (block != nullptr && SUCCEEDED(m_properties->FindItem(Feature::Duplex, &duplex)) && duplex != nullptr &&
-        SUCCEEDED(m_properties->FindItem(Feature::DocumentMargins, &margins)) && margins != nullptr &&
-        duplex->Sel != 0 && margins->Sel == 0) {
+    const POPTITEM duplex = m_properties->Item(Feature::Duplex);
+    const POPTITEM margins = m_properties->Item(Feature::DocumentMargins);
+    if (block != nullptr && duplex != nullptr && margins != nullptr && duplex->Sel != 0 && margins->Sel == 0) {
         block->dwMarginsByUser = 1;
     }
     return hr;

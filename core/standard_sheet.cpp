@@ -26,11 +26,6 @@ constexpr Announcement kActivationAnnouncements[] = {
     {Feature::BorderlessPrint, L"Get Borderless option Succeeds...\n"},
 };
 
-POPTITEM ItemOf(const VUICallbackContext& context, const char* feature) {
-    POPTITEM item = nullptr;
-    return SUCCEEDED(context.FindItem(feature, &item)) ? item : nullptr;
-}
-
 bool HasSelection(const OPTITEM* item, LONG selection) { return item != nullptr && item->Sel == selection; }
 
 HWND DialogOf(const VUICallbackContext& context) {
@@ -49,7 +44,7 @@ HRESULT VUIInterfaceImpl::OnDocumentPageActive(const VUICallbackContext& context
     const HRESULT hr = m_rules.OnPageActive(context, m_deviceLanguage, this);
     if (m_deviceLanguage != Option::PCLmS) {
         for (const Announcement& announcement : kActivationAnnouncements) {
-            if (ItemOf(context, announcement.feature) != nullptr) ::OutputDebugStringW(announcement.text);
+            if (context.Item(announcement.feature) != nullptr) ::OutputDebugStringW(announcement.text);
         }
     }
     if (DialogOf(context) != nullptr) SetUpStandardPageLabels(context);
@@ -63,18 +58,18 @@ HRESULT VUIInterfaceImpl::OnDocumentApply(const VUICallbackContext& context) { r
 // Focus on an item: booklet binding needs two-sided printing; in the PCL device language the
 // labels are put back, as the common UI may have redrawn them.
 HRESULT VUIInterfaceImpl::OnDocumentItemFocus(const VUICallbackContext& context) {
-    POPTITEM duplex = ItemOf(context, Feature::Duplex);
-    POPTITEM binding = ItemOf(context, Feature::DocumentBinding);
+    POPTITEM duplex = context.Item(Feature::Duplex);
+    POPTITEM binding = context.Item(Feature::DocumentBinding);
     if (HasSelection(duplex, 0) && binding != nullptr && (binding->Sel == 1 || binding->Sel == 2)) {
         binding->Sel = 0;
         context.CommitCallbackOptItem(binding);
     }
     if (m_deviceLanguage != Option::PCL) return S_OK;
     const bool windows = DialogOf(context) != nullptr;
-    if (windows && HasSelection(ItemOf(context, Feature::ZXPrintOnBothSidesManually), 1)) {
+    if (windows && HasSelection(context.Item(Feature::ZXPrintOnBothSidesManually), 1)) {
         zx::ShowTwoSidedLabel(m_twoSidedControl, zx::kManualTwoSidedLabel);
     }
-    context.CommitCallbackOptItem(ItemOf(context, Feature::MediaType));
+    context.CommitCallbackOptItem(context.Item(Feature::MediaType));
     if (!windows) return S_OK;
     const OPTITEM* current = context.CurrentItem();
     if (current == nullptr || current->DlgPageIdx != kSecondDialogPage) {
@@ -100,10 +95,10 @@ HRESULT VUIInterfaceImpl::OnDocumentItemsReverted(const VUICallbackContext& cont
 // once per sheet, to make room for the longer label.
 void VUIInterfaceImpl::SetUpStandardPageLabels(const VUICallbackContext& context) {
     HWND page = DialogOf(context);
-    if (POPTITEM quality = ItemOf(context, Feature::PageOutputQuality); quality != nullptr && quality->pOptType) {
+    if (POPTITEM quality = context.Item(Feature::PageOutputQuality); quality != nullptr && quality->pOptType) {
         zx::SetUpQualityLabels(page, quality->pOptType->BegCtrlID, m_deviceLanguage == Option::PCLmS);
     }
-    POPTITEM duplex = ItemOf(context, Feature::Duplex);
+    POPTITEM duplex = context.Item(Feature::Duplex);
     if (duplex == nullptr || duplex->pOptType == nullptr) return;
     const bool version6 = zx::GetSystemMajorVersion() >= 6;
     VPrivateDevMode* block = context.PrivateDevMode();
@@ -120,8 +115,8 @@ void VUIInterfaceImpl::SetUpStandardPageLabels(const VUICallbackContext& context
 // it is the manual label, unless the printer cannot print both sides by hand either (0: leave it).
 UINT VUIInterfaceImpl::TwoSidedLabelAtActivation(const VUICallbackContext& context) const {
     if (m_duplexUnitInstalled != 0) {
-        return HasSelection(ItemOf(context, Feature::ZXPrintOnBothSidesManually), 0) ? zx::kTwoSidedLabel
-                                                                                     : zx::kManualTwoSidedLabel;
+        return HasSelection(context.Item(Feature::ZXPrintOnBothSidesManually), 0) ? zx::kTwoSidedLabel
+                                                                                  : zx::kManualTwoSidedLabel;
     }
     if (zx::KeywordIs(context.CurrentOption(Feature::ZXManualDuplexSupport), Option::Off)) return 0;
     return zx::kManualTwoSidedLabel;
@@ -138,7 +133,7 @@ void VUIInterfaceImpl::RefreshTwoSidedLabel(const VUICallbackContext& context) {
 // The two-sided control's label follows the manual two-sided item: on is the manual label, off
 // the unit's. Between changes the control keeps the label in force against the common UI.
 void VUIInterfaceImpl::FollowManualTwoSidedLabel(const VUICallbackContext& context) {
-    const OPTITEM* manual = ItemOf(context, Feature::ZXPrintOnBothSidesManually);
+    const OPTITEM* manual = context.Item(Feature::ZXPrintOnBothSidesManually);
     if (HasSelection(manual, 0)) m_manualOffSeen = true;
     const bool windows = DialogOf(context) != nullptr && m_twoSidedControl != nullptr;
     if (windows) zx::GuardTwoSidedLabel(m_twoSidedControl);

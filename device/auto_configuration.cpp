@@ -6,6 +6,7 @@
 #include "resources/resource_names.h"
 #include "settings/feature_keywords.h"
 #include "settings/option_items.h"
+#include "util/text.h"
 
 #include <algorithm>
 #include <cwchar>
@@ -48,11 +49,6 @@ VPrinterAccess PrinterOf(const VUICallbackContext& context) {
     return VPrinterAccess(params->pPrinterName, params->hPrinter);
 }
 
-POPTITEM Item(const VUICallbackContext& context, const char* feature) {
-    POPTITEM item = nullptr;
-    return SUCCEEDED(context.FindItem(feature, &item)) ? item : nullptr;
-}
-
 // The manual-change value as read; empty when the printer's data lacks it.
 void ReadManualChange(VPrinterAccess& printer, const wchar_t* name, unique_variant& value) {
     if (printer.ReadValue(name, value) != VPrinterAccess::ValueRead::Read) value.reset();
@@ -75,7 +71,7 @@ void SetPrinterItem(const VUICallbackContext& context, OPTITEM& item, LONG selec
 }
 
 void AdaptDuplexUnit(const VUICallbackContext& context, VPrinterAccess& printer, const IBiDiData& record) {
-    POPTITEM item = Item(context, Feature::DuplexUnit);
+    POPTITEM item = context.Item(Feature::DuplexUnit);
     if (item == nullptr || ChangedByHand(printer, kDuplexUnitManuallyChanged)) return;
     if (record.GetDuplexUnit()) {
         SetPrinterItem(context, *item, kInstalled, 0);
@@ -88,7 +84,7 @@ void AdaptDuplexUnit(const VUICallbackContext& context, VPrinterAccess& printer,
 // when the answer is reliable, since defaults after a failed query know nothing of trays.
 void AdaptTray(const VUICallbackContext& context, VPrinterAccess& printer, const IBiDiData& record,
                const Accessory& tray) {
-    POPTITEM item = Item(context, tray.feature);
+    POPTITEM item = context.Item(tray.feature);
     if (item == nullptr || ChangedByHand(printer, tray.manualChange)) return;
     if ((record.*tray.reported)()) {
         SetPrinterItem(context, *item, kInstalled, OPTIF_DISABLED);
@@ -105,7 +101,7 @@ bool IsLocalPort(const std::wstring& description) {
 }
 
 void DisableAutoconfigOnLocalPort(const VUICallbackContext& context, VPrinterAccess& printer) {
-    POPTITEM item = Item(context, Feature::Autoconfig);
+    POPTITEM item = context.Item(Feature::Autoconfig);
     if (item == nullptr) return;
     const PRINTER_INFO_2W* info = printer.GetPrinterInfo();
     if (info == nullptr || info->pPortName == nullptr || info->pPortName[0] == L'\0') return;
@@ -115,7 +111,7 @@ void DisableAutoconfigOnLocalPort(const VUICallbackContext& context, VPrinterAcc
 // Hides every option from index 1 on whose display name is `binName`, selects option 1 and hands
 // the item back once.
 void HideInputBin(const VUICallbackContext& context, const wchar_t* binName) {
-    POPTITEM bins = Item(context, Feature::InputBin);
+    POPTITEM bins = context.Item(Feature::InputBin);
     if (bins == nullptr || bins->pOptType == nullptr || bins->pOptType->pOptParam == nullptr) return;
     for (WORD option = 1; option < bins->pOptType->Count; ++option) {
         OPTPARAM& param = bins->pOptType->pOptParam[option];
@@ -136,15 +132,6 @@ void AdaptTrayBin(const VUICallbackContext& context, VPrinterAccess& printer, co
     if (missing || removedByHand) HideInputBin(context, tray.binName);
 }
 
-std::string Narrow(const wchar_t* text) {
-    const int length = ::WideCharToMultiByte(CP_ACP, 0, text, -1, nullptr, 0, nullptr, nullptr);
-    if (length <= 1) return {};
-    std::string narrow(static_cast<size_t>(length), '\0');
-    ::WideCharToMultiByte(CP_ACP, 0, text, -1, narrow.data(), length, nullptr, nullptr);
-    narrow.resize(static_cast<size_t>(length - 1));
-    return narrow;
-}
-
 // The display text of option `index` of an item; empty when there is none.
 const wchar_t* OptionText(const OPTITEM* item, size_t index) {
     if (item == nullptr || item->pOptType == nullptr || item->pOptType->pOptParam == nullptr) return L"";
@@ -156,7 +143,7 @@ const wchar_t* OptionText(const OPTITEM* item, size_t index) {
 // Hides the MediaType options whose display names are the texts of the names listed in
 // `names` (separated by ";"), handing the item back once per hidden option.
 HRESULT HideMonoMediaTypes(const VUICallbackContext& context, const std::string& names, HRESULT last) {
-    POPTITEM media = Item(context, Feature::MediaType);
+    POPTITEM media = context.Item(Feature::MediaType);
     if (media == nullptr || media->pOptType == nullptr || media->pOptType->pOptParam == nullptr) return last;
     const PrintShortcutNameTable table;
     size_t start = 0;
@@ -203,17 +190,17 @@ HRESULT OnSelectionChanged(VUICallbackContext& context, IDeviceRequery& plugin) 
 }
 
 void RunAutoconfig(VUICallbackContext& context, IDeviceRequery& plugin) {
-    POPTITEM autoconfig = Item(context, Feature::Autoconfig);
+    POPTITEM autoconfig = context.Item(Feature::Autoconfig);
     if (autoconfig == nullptr || autoconfig != context.CurrentItem() || context.UiParams() == nullptr) return;
     plugin.RequeryDevice(context.UiParams()->pPrinterName);
     SetPrinterItem(context, *autoconfig, 0, 0);
 
     const IBiDiData* record = plugin.CurrentDeviceRecord();
     if (record == nullptr) return;
-    if (POPTITEM duplexUnit = Item(context, Feature::DuplexUnit)) {
+    if (POPTITEM duplexUnit = context.Item(Feature::DuplexUnit)) {
         SetPrinterItem(context, *duplexUnit, record->GetDuplexUnit() ? kInstalled : kNotInstalled, OPTIF_CHANGED);
     }
-    if (POPTITEM tray2 = Item(context, Feature::Tray2)) {
+    if (POPTITEM tray2 = context.Item(Feature::Tray2)) {
         SetPrinterItem(context, *tray2, record->GetTrayState2() ? kInstalled : kNotInstalled, OPTIF_CHANGED);
     }
 }
@@ -251,8 +238,8 @@ HRESULT HideMonoFeatures(VUICallbackContext& context) {
         const PCSTR keyword = keywords[index];
         if (keyword == nullptr || *keyword == '\0') continue;
         if (KeywordIs(keyword, Feature::MediaType)) {
-            last = HideMonoMediaTypes(context, Narrow(OptionText(Item(context, Feature::MonoConfig), index)), last);
-        } else if (POPTITEM item = Item(context, keyword)) {
+            last = HideMonoMediaTypes(context, NarrowText(OptionText(context.Item(Feature::MonoConfig), index)), last);
+        } else if (POPTITEM item = context.Item(keyword)) {
             item->Flags |= OPTIF_HIDE;
             last = context.CommitOptItem(item);
         }

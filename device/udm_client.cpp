@@ -4,6 +4,7 @@
 #include "resources/resource_libraries.h"
 #include "settings/feature_keywords.h"
 #include "settings/option_access.h"
+#include "util/text.h"
 
 namespace {
 
@@ -35,15 +36,6 @@ template <typename Function>
 Function EntryPoint(HMODULE module, const char* name) {
     if (module == nullptr) return nullptr;
     return reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(module, name)));
-}
-
-std::wstring Widen(const char* text) {
-    const int length = ::MultiByteToWideChar(CP_ACP, 0, text, -1, nullptr, 0);
-    if (length <= 1) return {};
-    std::wstring wide(static_cast<size_t>(length), L'\0');
-    ::MultiByteToWideChar(CP_ACP, 0, text, -1, wide.data(), length);
-    wide.resize(static_cast<size_t>(length - 1));
-    return wide;
 }
 
 }  // namespace
@@ -94,7 +86,7 @@ HRESULT VUDMClient::CreateDataCollection(IDeviceAddress* address, IDeviceDataCol
                                          std::wstring& dataMapPath) {
     PCSTR option = nullptr;
     const HRESULT named = zx::GetJobOption(m_coreHelper.Get(), nullptr, Feature::ZXDataCollectionXML, &option);
-    const std::wstring fileName = SUCCEEDED(named) ? Widen(option) : kDefaultDataMap;
+    const std::wstring fileName = SUCCEEDED(named) ? zx::WideText(option) : kDefaultDataMap;
     const auto create = EntryPoint<CreateDataCollectionFromFileFn>(m_deviceModel.get(), kCreateDataCollectionFromFile);
     if (create == nullptr) return E_FAIL;
     dataMapPath = GetDriverDirectory() + fileName;

@@ -56,10 +56,7 @@ public:
     const VUICallbackContext& Context() const noexcept { return m_context; }
     VDocumentSheetRules& Rules() const noexcept { return m_rules; }
 
-    POPTITEM Item(PCSTR feature) const noexcept {
-        POPTITEM item = nullptr;
-        return SUCCEEDED(m_context.FindItem(feature, &item)) ? item : nullptr;
-    }
+    POPTITEM Item(PCSTR feature) const noexcept { return m_context.Item(feature); }
     POPTITEM Current() const noexcept { return m_context.CurrentItem(); }
     bool CurrentIs(PCSTR feature) const noexcept { return zx::ItemIsFeature(Current(), feature); }
     bool CurrentIsAnyOf(std::initializer_list<PCSTR> features) const noexcept {

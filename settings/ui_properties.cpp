@@ -67,6 +67,11 @@ HRESULT VUIProperties::FindItem(PCSTR feature, POPTITEM* item) const noexcept {
     return zx::GetFeatureOptItem(m_uiParams, feature, item);
 }
 
+POPTITEM VUIProperties::Item(PCSTR feature) const noexcept {
+    POPTITEM item = nullptr;
+    return SUCCEEDED(FindItem(feature, &item)) ? item : nullptr;
+}
+
 HRESULT VUIProperties::HandBackDocumentItem(OPTITEM& item) const noexcept {
     const ConflictMarkSuspension suspension(item);
     const HRESULT hr = UpdateUISetting(DriverUI(), m_uiParams, &item, OEMCUIP_DOCPROP);

@@ -66,6 +66,8 @@ public:
         return zx::FeatureOptions(CoreHelper(), feature);
     }
     HRESULT FindItem(PCSTR feature, POPTITEM* item) const noexcept;
+    // The item of a feature, or null when the sheet has none (or no item array).
+    POPTITEM Item(PCSTR feature) const noexcept;
 
     // Hands a changed item back to the core driver for the document sheet, with the selected
     // option's conflict mark cleared for the duration of the call, and marks the item changed.

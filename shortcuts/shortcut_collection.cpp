@@ -5,6 +5,7 @@
 #include "settings/option_access.h"
 #include "settings/option_items.h"
 #include "shortcuts/shortcut_text.h"
+#include "util/text.h"
 
 #include <algorithm>
 #include <cwchar>
@@ -30,16 +31,9 @@ std::wstring_view DisplayNameOf(const OPTITEM* item, size_t option) noexcept {
     return std::wstring_view(text, ::wcsnlen(text, kMaxDisplayName));
 }
 
-std::string Narrow(std::wstring_view text) {
-    if (text.empty()) return {};
-    const int length = static_cast<int>(text.size());
-    const int needed = ::WideCharToMultiByte(CP_ACP, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
-    std::string narrow(static_cast<size_t>(needed > 0 ? needed : 0), '\0');
-    if (needed > 0) ::WideCharToMultiByte(CP_ACP, 0, text.data(), length, narrow.data(), needed, nullptr, nullptr);
-    return narrow;
+std::string NarrowDisplayName(const OPTITEM* item, size_t option) {
+    return zx::NarrowText(DisplayNameOf(item, option));
 }
-
-std::string NarrowDisplayName(const OPTITEM* item, size_t option) { return Narrow(DisplayNameOf(item, option)); }
 
 // The item of a feature; null when there is none. An empty keyword would match the first item.
 const OPTITEM* FeatureItem(const OEMCUIPPARAM* uiParams, const char* feature) noexcept {

@@ -60,8 +60,8 @@ HRESULT ApplyShortcutSetting(const VUIPSItem& shortcuts, const PrintShortcutReco
                              int32_t comboSelection, const VUIProperties& properties) {
     if (position >= record.features.size()) return E_INVALIDARG;
     const std::string& feature = record.features[position];
-    POPTITEM item = nullptr;
-    if (FAILED(properties.FindItem(feature.c_str(), &item)) || item == nullptr) return S_FALSE;
+    const POPTITEM item = properties.Item(feature.c_str());
+    if (item == nullptr) return S_FALSE;
 
     const LONG selection = ItemSelectionForSetting(shortcuts, record, position, comboSelection, properties);
     if (item->pOptType == nullptr || selection < 0 || selection >= item->pOptType->Count) return E_INVALIDARG;

@@ -26,8 +26,8 @@ void VPrintingShortcutPropPage::OnStandardItemsChanged(HWND standardPage, const 
     if (selected < 0 || m_dialog == nullptr) return;
     const PrintShortcutRecord& record = m_shortcuts->Records()[static_cast<size_t>(selected)];
     for (size_t position = 0; position < record.features.size() && position < kSettingPositions; ++position) {
-        POPTITEM item = nullptr;
-        if (FAILED(properties.FindItem(record.features[position].c_str(), &item)) || item == nullptr) continue;
+        const POPTITEM item = properties.Item(record.features[position].c_str());
+        if (item == nullptr) continue;
         const int32_t shown = m_shortcuts->ToShortcutOption(record, position, item->Sel);
         if (shown >= 0) {
             ::SendDlgItemMessageW(m_dialog, ComboOfSettingPosition(position), CB_SETCURSEL, static_cast<WPARAM>(shown),
@@ -50,11 +50,8 @@ void VPrintingShortcutPropPage::PutStandardControlsInLine(HWND standardPage, con
         }
     };
     for (const auto& [combo, feature] : m_featureMap) {
-        POPTITEM item = nullptr;
-        if (feature.empty() || FAILED(properties.FindItem(feature.c_str(), &item)) || item == nullptr ||
-            item->pOptType == nullptr || item->pOptType->pOptParam == nullptr) {
-            continue;
-        }
+        const POPTITEM item = feature.empty() ? nullptr : properties.Item(feature.c_str());
+        if (item == nullptr || item->pOptType == nullptr || item->pOptType->pOptParam == nullptr) continue;
         const WORD first = item->pOptType->BegCtrlID;
         if (feature == Feature::MediaType) {
             // The list leaves out the media types that are hidden, as those a black-only device
@@ -90,8 +87,7 @@ void VPrintingShortcutPropPage::OnStandardSelectionChanged(const VUIProperties& 
     if (!record.isBuiltIn) return;
     // Every setting whose item exists gives the same picture: written once.
     for (const auto& [combo, feature] : m_featureMap) {
-        POPTITEM item = nullptr;
-        if (feature.empty() || FAILED(properties.FindItem(feature.c_str(), &item)) || item == nullptr) continue;
+        if (feature.empty() || properties.Item(feature.c_str()) == nullptr) continue;
         m_shortcuts->WriteCustomBitmapId(zx::StandardSheetModifiedBitmap(record.bitmapId));
         return;
     }
@@ -160,9 +156,7 @@ HRESULT VPrintingShortcutPropPage::HandToCoreDriver(POPTITEM item) const {
 }
 
 POPTITEM VPrintingShortcutPropPage::Item(const char* feature) const {
-    POPTITEM item = nullptr;
-    if (m_properties == nullptr || FAILED(m_properties->FindItem(feature, &item))) return nullptr;
-    return item;
+    return m_properties != nullptr ? m_properties->Item(feature) : nullptr;
 }
 
 // The media type or quality was chosen by the user: snapping no longer changes them.
