@@ -182,23 +182,30 @@ const PRINTER_INFO_2W* VPrinterAccess::GetPrinterInfo() {
     return info->pDriverName != nullptr ? info : nullptr;
 }
 
+// The spooler creates the driver-data key with its first value: a key it does not find, or one
+// it lists empty, holds nothing that a read of its own would find.
 VStoredValues::VStoredValues(VPrinterAccess& printer) : m_printer(printer) {
     DWORD count = 0;
+    DWORD result = ERROR_SUCCESS;
     m_listed = zx::QuerySpoolerBlock(
-        [&printer, &count](BYTE* buffer, DWORD size, DWORD* needed) {
-            return zx::CurrentSpoolerPlatform().enumPrinterDataEx(printer.PrinterHandle(), kDriverDataKey, buffer, size,
-                                                                  needed, &count) == ERROR_SUCCESS;
+        [&printer, &count, &result](BYTE* buffer, DWORD size, DWORD* needed) {
+            result = zx::CurrentSpoolerPlatform().enumPrinterDataEx(printer.PrinterHandle(), kDriverDataKey, buffer,
+                                                                    size, needed, &count);
+            return result == ERROR_SUCCESS;
         },
         0);
     m_count = count;
     if (m_count > m_listed.size() / sizeof(PRINTER_ENUM_VALUESW)) m_listed.clear();  // a count that lies
+    m_nothingStored =
+        m_listed.empty() && (result == ERROR_FILE_NOT_FOUND || (result == ERROR_SUCCESS && count == 0));
 }
 
 // Names compare without regard to case, as the store's do; a value listed without bytes reads as
 // missing, as it does on its own.
 VPrinterAccess::ValueRead VStoredValues::Read(const wchar_t* name, zx::unique_variant& value) const {
-    if (m_listed.empty()) return m_printer.ReadValue(name, value);
     value.reset();
+    if (m_nothingStored) return VPrinterAccess::ValueRead::Missing;
+    if (m_listed.empty()) return m_printer.ReadValue(name, value);
     const auto* values = reinterpret_cast<const PRINTER_ENUM_VALUESW*>(m_listed.data());
     for (DWORD index = 0; index < m_count; ++index) {
         const PRINTER_ENUM_VALUESW& listed = values[index];

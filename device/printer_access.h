@@ -116,7 +116,8 @@ private:
 };
 
 // The printer's driver data for one accessory query, read as ReadValue reads each value: all
-// values with one spooler call when the spooler lists them, otherwise each with its own.
+// values with one spooler call when the spooler lists them (or finds none), otherwise each with
+// its own.
 class VStoredValues {
 public:
     explicit VStoredValues(VPrinterAccess& printer);
@@ -126,4 +127,5 @@ private:
     VPrinterAccess& m_printer;
     std::vector<BYTE> m_listed;  // PRINTER_ENUM_VALUESW records; empty: read each value
     DWORD m_count = 0;
+    bool m_nothingStored = false;  // the spooler listed no values, or found no driver data
 };

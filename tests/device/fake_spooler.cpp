@@ -113,8 +113,10 @@ DWORD WINAPI FakeEnumPrinterDataEx(HANDLE handle, LPCWSTR key, LPBYTE buffer, DW
                                    LPDWORD returned) {
     if (!IsPrinter(handle) || !Spooler().listsValues) return ERROR_INVALID_FUNCTION;
     ++Spooler().dataReads;
-    if (std::wstring(key) != L"PrinterDriverData") return ERROR_FILE_NOT_FOUND;
+    if (Spooler().readsRunOutOfMemory) throw std::bad_alloc();
     const auto& data = Spooler().data;
+    // The key comes with its first value.
+    if (std::wstring(key) != L"PrinterDriverData" || data.empty()) return ERROR_FILE_NOT_FOUND;
     std::vector<PRINTER_ENUM_VALUESW> records;
     BlockWriter writer(buffer, size, data.size() * sizeof(PRINTER_ENUM_VALUESW));
     for (const auto& [name, value] : data) {

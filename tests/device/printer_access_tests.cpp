@@ -67,6 +67,19 @@ TEST(PrinterAccess, ReadsNumbersAsTheirLow16BitsAndTextWithOrWithoutTerminatorLi
     }
 }
 
+// Every conversion asks for the accessories of a printer that may never have stored any: the
+// one listing answers for every value.
+TEST(PrinterAccess, DriverDataWithoutValuesIsReadWithTheOneListing) {
+    zxtest::FakeSpooler spooler;
+    VPrinterAccess access(L"P", nullptr);
+    const VStoredValues stored(access);
+    for (const wchar_t* name : {L"BidiQuery", L"DuplexUnit", L"CID"}) {
+        zx::unique_variant value;
+        EXPECT_EQ(L"missing", Outcome(stored.Read(name, value), value)) << name;
+    }
+    EXPECT_EQ(1, spooler.dataReads);
+}
+
 // The restricted handle has each write refused once; it is tried again through a handle with
 // full access, which is closed again.
 TEST(PrinterAccess, WritesTextWithoutTerminatorBooleansAsFourBytesAndNothingElseRetryingRefusedWrites) {
