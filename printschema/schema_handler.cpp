@@ -5,7 +5,9 @@
 #include "printschema/string_buffer.h"
 #include "util/result.h"
 
+#include <algorithm>
 #include <cwchar>
+#include <iterator>
 #include <utility>
 
 using namespace PrintSchema;
@@ -31,6 +33,34 @@ void SetText(zx::unique_variant& variant, const wchar_t* text) {
 
 bool EqualTexts(BSTR first, BSTR second) noexcept {
     return ::VarBstrCmp(first, second, kUserDefaultLocale, 0) == static_cast<HRESULT>(VARCMP_EQ);
+}
+
+bool SameCharacters(BSTR first, const wchar_t* second) noexcept {
+    const UINT length = ::SysStringLen(first);
+    return std::wcslen(second) == length && std::wmemcmp(first, second, length) == 0;
+}
+
+// The namespaces whose prefixes every handler looks up. They differ from one another in their
+// letters, so the locale's comparison never finds two of them equal.
+constexpr const wchar_t* kLookedUpNamespaces[] = {Uri::Framework, Uri::Keywords, Uri::SchemaInstance, Uri::Schema};
+
+bool IsLookedUpNamespace(const wchar_t* uri) noexcept {
+    return std::any_of(std::begin(kLookedUpNamespaces), std::end(kLookedUpNamespaces),
+                       [uri](const wchar_t* known) { return std::wcscmp(known, uri) == 0; });
+}
+
+// Whether a declaration's value names the namespace, as the locale's comparison finds it. The
+// comparison is slow under some systems' collation and a ticket's root declares the looked-up
+// namespaces spelled exactly, so the same characters answer at once, and so does a value spelled
+// as one of the other looked-up namespaces.
+bool NamesNamespace(BSTR value, const wchar_t* uri, BSTR uriText) noexcept {
+    if (SameCharacters(value, uri)) return true;
+    if (IsLookedUpNamespace(uri) &&
+        std::any_of(std::begin(kLookedUpNamespaces), std::end(kLookedUpNamespaces),
+                    [value](const wchar_t* known) { return SameCharacters(value, known); })) {
+        return false;
+    }
+    return EqualTexts(value, uriText);
 }
 
 // The value and name of the attribute at index; false when they cannot be read, which counts as
@@ -126,7 +156,8 @@ HRESULT VPrintSchemaHandler::PrefixAmong(const std::vector<RootAttribute>& attri
                                          BSTR* prefix) {
     const zx::unique_bstr uri = zx::MakeBstr(namespaceUri);
     for (const RootAttribute& attribute : attributes) {
-        if (EqualTexts(attribute.value.get(), uri.get())) return PrefixFromDeclaration(attribute.name.get(), prefix);
+        if (NamesNamespace(attribute.value.get(), namespaceUri, uri.get()))
+            return PrefixFromDeclaration(attribute.name.get(), prefix);
     }
     return S_FALSE;
 }
@@ -147,12 +178,12 @@ HRESULT VPrintSchemaHandler::BindDocumentFrameworkPrefix() {
     prefix.Erase(colon, 1);
     ZX_RETURN_HR_IF(E_FAIL, prefix.Empty());
 
+    // A document that uses "psf" itself keeps the binding BindPrefixes made.
+    if (std::wcscmp(prefix.c_str(), Vocabulary::FrameworkPrefix) == 0) return S_OK;
     VStringBuffer namespaces;
     namespaces.AppendFormat(Vocabulary::NamespaceDeclaration, prefix.c_str(), Uri::Framework);
-    if (std::wcscmp(prefix.c_str(), Vocabulary::FrameworkPrefix) != 0) {
-        namespaces.Append(L" ");
-        namespaces.AppendFormat(Vocabulary::NamespaceDeclaration, Vocabulary::FrameworkPrefix, Uri::Framework);
-    }
+    namespaces.Append(L" ");
+    namespaces.AppendFormat(Vocabulary::NamespaceDeclaration, Vocabulary::FrameworkPrefix, Uri::Framework);
     return SetDocumentProperty(Vocabulary::SelectionNamespaces, namespaces.c_str());
 }
 
