@@ -1,5 +1,7 @@
 #include "device/discovery_platform.h"
 
+#include "util/platform_seam.h"
+
 namespace zx {
 namespace {
 
@@ -8,21 +10,16 @@ HRESULT CreateRealFunctionDiscovery(IFunctionDiscovery** discovery) {
                               reinterpret_cast<void**>(discovery));
 }
 
-const DiscoveryPlatform kRealDiscovery = {CreateRealFunctionDiscovery};
-
-// Changed only by tests, before the code under test runs.
-DiscoveryPlatform g_discovery = kRealDiscovery;
+PlatformSeam<DiscoveryPlatform> g_discovery({CreateRealFunctionDiscovery});
 
 }  // namespace
 
-const DiscoveryPlatform& CurrentDiscoveryPlatform() noexcept { return g_discovery; }
+const DiscoveryPlatform& CurrentDiscoveryPlatform() noexcept { return g_discovery.Current(); }
 
-const DiscoveryPlatform& RealDiscoveryPlatform() noexcept { return kRealDiscovery; }
+const DiscoveryPlatform& RealDiscoveryPlatform() noexcept { return g_discovery.Real(); }
 
 DiscoveryPlatform ReplaceDiscoveryPlatform(const DiscoveryPlatform& platform) noexcept {
-    const DiscoveryPlatform previous = g_discovery;
-    g_discovery = platform;
-    return previous;
+    return g_discovery.Replace(platform);
 }
 
 }  // namespace zx

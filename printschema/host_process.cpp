@@ -1,5 +1,6 @@
 #include "printschema/host_process.h"
 
+#include "util/platform_seam.h"
 #include "util/scoped.h"
 
 #include <psapi.h>
@@ -15,26 +16,22 @@ BOOL WINAPI LookUpPrintExecutionData(PrintExecutionData* data) {
     return function != nullptr && function(data);
 }
 
-constexpr ProcessInspection kPlatform = {
-    ::GetModuleFileNameW,    ::OpenProcess,
-    ::CloseHandle,           ::GetCurrentProcessId,
-    ::K32EnumProcessModules, ::K32GetModuleFileNameExW,
-    ::GetCommandLineW,       LookUpPrintExecutionData,
-};
+zx::PlatformSeam<ProcessInspection> g_inspection({::GetModuleFileNameW, ::OpenProcess, ::CloseHandle,
+                                                  ::GetCurrentProcessId, ::K32EnumProcessModules,
+                                                  ::K32GetModuleFileNameExW, ::GetCommandLineW,
+                                                  LookUpPrintExecutionData});
 
-// Replaced only by tests, before the code under test runs.
-ProcessInspection g_current = kPlatform;
 volatile LONG g_generation = 0;
 
 }  // namespace
 
-const ProcessInspection& CurrentProcessInspection() noexcept { return g_current; }
+const ProcessInspection& CurrentProcessInspection() noexcept { return g_inspection.Current(); }
 
-const ProcessInspection& RealProcessInspection() noexcept { return kPlatform; }
+const ProcessInspection& RealProcessInspection() noexcept { return g_inspection.Real(); }
 
+// What was found with the table replaced is forgotten.
 ProcessInspection ReplaceProcessInspection(const ProcessInspection& inspection) noexcept {
-    const ProcessInspection previous = g_current;
-    g_current = inspection;
+    const ProcessInspection previous = g_inspection.Replace(inspection);
     ::InterlockedIncrement(&g_generation);
     return previous;
 }

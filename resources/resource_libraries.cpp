@@ -1,5 +1,6 @@
 #include "resources/resource_libraries.h"
 
+#include "util/platform_seam.h"
 #include "util/spooler_platform.h"
 
 #include <cwchar>
@@ -24,9 +25,8 @@ bool ReadOsVersion(RTL_OSVERSIONINFOW* version) noexcept {
     return getVersion(version) == 0;
 }
 
-const ResourcePlatform g_realPlatform = {&::GetUserDefaultUILanguage, &::LoadLibraryExW, &::FreeLibrary, &::MessageBoxW,
-                                         &ReadOsVersion};
-ResourcePlatform g_platform = g_realPlatform;
+PlatformSeam<ResourcePlatform> g_seam({&::GetUserDefaultUILanguage, &::LoadLibraryExW, &::FreeLibrary, &::MessageBoxW,
+                                       &ReadOsVersion});
 
 HMODULE g_uiStrings = nullptr;
 HMODULE g_fallbackStrings = nullptr;
@@ -45,18 +45,16 @@ HMODULE LoadFromDriverDirectory(PCWSTR printerName, PCWSTR baseName, HANDLE prin
     const std::wstring directory = PrinterDriverDirectory(printer);
     if (directory.empty()) return nullptr;
     const std::wstring path = directory + baseName + L".dll";
-    return g_platform.loadLibrary(path.c_str(), nullptr, kResourceOnly);
+    return g_seam.Current().loadLibrary(path.c_str(), nullptr, kResourceOnly);
 }
 
 }  // namespace
 
-const ResourcePlatform& CurrentResourcePlatform() noexcept { return g_platform; }
+const ResourcePlatform& CurrentResourcePlatform() noexcept { return g_seam.Current(); }
 
-const ResourcePlatform& RealResourcePlatform() noexcept { return g_realPlatform; }
+const ResourcePlatform& RealResourcePlatform() noexcept { return g_seam.Real(); }
 
-ResourcePlatform ReplaceResourcePlatform(const ResourcePlatform& platform) noexcept {
-    return std::exchange(g_platform, platform);
-}
+ResourcePlatform ReplaceResourcePlatform(const ResourcePlatform& platform) noexcept { return g_seam.Replace(platform); }
 
 HMODULE LoadResourceLibrary(PCWSTR printerName, PCWSTR baseName, HANDLE printer) noexcept {
     try {
@@ -77,8 +75,8 @@ HRESULT LoadResourceLibraries(PCWSTR printerName) noexcept {
 }
 
 void FreeResourceLibraries() noexcept {
-    if (g_uiStrings != nullptr) g_platform.freeLibrary(g_uiStrings);
-    if (g_fallbackStrings != nullptr) g_platform.freeLibrary(g_fallbackStrings);
+    if (g_uiStrings != nullptr) g_seam.Current().freeLibrary(g_uiStrings);
+    if (g_fallbackStrings != nullptr) g_seam.Current().freeLibrary(g_fallbackStrings);
     g_uiStrings = nullptr;
     g_fallbackStrings = nullptr;
 }
@@ -105,7 +103,7 @@ BOOL SetUiText(HWND window, UINT id) noexcept {
 }
 
 bool UserUiLanguageIsRightToLeft() noexcept {
-    const WORD language = PRIMARYLANGID(g_platform.userDefaultUILanguage());
+    const WORD language = PRIMARYLANGID(g_seam.Current().userDefaultUILanguage());
     return language == LANG_ARABIC || language == LANG_HEBREW;
 }
 
@@ -119,12 +117,12 @@ int ShowUiMessage(HWND owner, UINT textId, UINT captionId) noexcept {
     LoadUiString(textId, texts->text);
     LoadUiString(captionId, texts->caption);
     const UINT type = MB_OK | (UserUiLanguageIsRightToLeft() ? MB_RTLREADING : 0);
-    return g_platform.messageBox(owner, texts->text, texts->caption, type);
+    return g_seam.Current().messageBox(owner, texts->text, texts->caption, type);
 }
 
 DWORD GetSystemMajorVersion() noexcept {
     RTL_OSVERSIONINFOW version{};
-    return g_platform.osVersion(&version) ? version.dwMajorVersion : 6;
+    return g_seam.Current().osVersion(&version) ? version.dwMajorVersion : 6;
 }
 
 }  // namespace zx

@@ -1,36 +1,30 @@
 #include "util/spooler_platform.h"
 
+#include "util/platform_seam.h"
+
 namespace zx {
 namespace {
 
-const SpoolerPlatform kRealSpooler = {
-    ::OpenPrinterW,         ::ClosePrinter,      ::GetPrinterW,       ::GetPrinterDriverW,
-    ::GetPrinterDataW,      ::GetPrinterDataExW, ::SetPrinterDataExW, ::EnumPrinterDataExW,
-    ::DeletePrinterDataExW, ::EnumPortsW,        ::XcvDataW,          ::RegCreateKeyExW,
-    ::RegSetValueExW,       ::RegQueryValueExW,  ::RegEnumValueW,     ::RegDeleteValueW,
-    ::RegCloseKey,          ::CoCreateGuid,
-};
-
-// Changed only by tests, before the code under test runs.
-SpoolerPlatform g_spooler = kRealSpooler;
+PlatformSeam<SpoolerPlatform> g_spooler({::OpenPrinterW, ::ClosePrinter, ::GetPrinterW, ::GetPrinterDriverW,
+                                         ::GetPrinterDataW, ::GetPrinterDataExW, ::SetPrinterDataExW,
+                                         ::EnumPrinterDataExW, ::DeletePrinterDataExW, ::EnumPortsW, ::XcvDataW,
+                                         ::RegCreateKeyExW, ::RegSetValueExW, ::RegQueryValueExW, ::RegEnumValueW,
+                                         ::RegDeleteValueW, ::RegCloseKey, ::CoCreateGuid});
 
 constexpr DWORD kDriverInfoLevel = 2;
 
 }  // namespace
 
-const SpoolerPlatform& CurrentSpoolerPlatform() noexcept { return g_spooler; }
+const SpoolerPlatform& CurrentSpoolerPlatform() noexcept { return g_spooler.Current(); }
 
-const SpoolerPlatform& RealSpoolerPlatform() noexcept { return kRealSpooler; }
+const SpoolerPlatform& RealSpoolerPlatform() noexcept { return g_spooler.Real(); }
 
-SpoolerPlatform ReplaceSpoolerPlatform(const SpoolerPlatform& platform) noexcept {
-    const SpoolerPlatform previous = g_spooler;
-    g_spooler = platform;
-    return previous;
-}
+SpoolerPlatform ReplaceSpoolerPlatform(const SpoolerPlatform& platform) noexcept { return g_spooler.Replace(platform); }
 
 unique_spooler_handle OpenPrinterThroughPlatform(const wchar_t* printerName, PRINTER_DEFAULTSW* defaults) noexcept {
     HANDLE printer = nullptr;
-    if (printerName == nullptr || !g_spooler.openPrinter(const_cast<LPWSTR>(printerName), &printer, defaults)) {
+    if (printerName == nullptr ||
+        !g_spooler.Current().openPrinter(const_cast<LPWSTR>(printerName), &printer, defaults)) {
         return unique_spooler_handle();
     }
     return unique_spooler_handle(printer);
@@ -39,7 +33,7 @@ unique_spooler_handle OpenPrinterThroughPlatform(const wchar_t* printerName, PRI
 std::wstring PrinterDriverDirectory(HANDLE printer) {
     const std::vector<BYTE> block = QuerySpoolerBlock(
         [printer](BYTE* buffer, DWORD size, DWORD* needed) {
-            return g_spooler.getPrinterDriver(printer, nullptr, kDriverInfoLevel, buffer, size, needed);
+            return g_spooler.Current().getPrinterDriver(printer, nullptr, kDriverInfoLevel, buffer, size, needed);
         },
         sizeof(DRIVER_INFO_2W));
     if (block.empty()) return {};
