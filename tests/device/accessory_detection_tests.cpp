@@ -53,38 +53,33 @@ TEST_F(AccessoryTest, BidiDefaultsKeywordsSetTheirValuesByExactKey) {
     EXPECT_EQ((Accessories{1, 1, 1, 1, 0, 0}), Defaults());  // the overlong key ended the table
 }
 
-TEST_F(AccessoryTest, TheFirstQueryStoresTheAnswersKeepsTheRecordAndLeavesNothingOpen) {
+// The first query stores its answers and leaves nothing open. One query per notification, its
+// record handed to every observer told; outside a notification every GetData asks, so a restarted
+// query cycle or new stored answers show at once.
+TEST_F(AccessoryTest, EachNotificationAsksOnceEveryOtherGetDataAsksAgainAndNothingStaysOpen) {
     bed.PinLibraries();
     {
+        RecordingObserver first, second;
         auto client = Client();
         EXPECT_EQ(kColourDevice, AccessoriesOf(client->GetData()));
         EXPECT_EQ(client->GetData(), client->QueryAccessories().get());
+        EXPECT_EQ(std::optional<DWORD>(1), spooler.Number(L"BidiQuery"));
+        spooler.data[L"ColorPrinting"] = NumberValue(0);
+        EXPECT_EQ(0, client->GetData()->GetColorPrinting());
+        spooler.data[L"BidiQuery"] = NumberValue(0);
+        bed.UseSampleProfile(L"mono-basic.profile");
+        EXPECT_EQ(kMonoDevice, AccessoriesOf(client->GetData()));
+
+        const int readsBefore = spooler.dataReads;
+        client->GetData();
+        const int readsPerQuery = spooler.dataReads - readsBefore;
+        client->AttachAll(std::vector<IObserver*>{&first, &second, &first});
+        client->Notify();
+        EXPECT_EQ(readsBefore + 2 * readsPerQuery, spooler.dataReads);
+        EXPECT_EQ((std::vector<IBiDiData*>{client->GetData(), client->GetData()}), first.records);
     }
-    // The stored values, their reuse and the re-query are checked on the real spooler.
     EXPECT_EQ(0, bed.LiveSimulatorObjects());
     EXPECT_TRUE(spooler.handles.empty());
-    EXPECT_EQ(std::optional<DWORD>(1), spooler.Number(L"BidiQuery"));
-}
-
-// One query per notification, its record handed to every observer told; outside a notification
-// every GetData asks, so a restarted query cycle or new stored answers show at once.
-TEST_F(AccessoryTest, EachNotificationAsksOnceAndEveryOtherGetDataAsksAgain) {
-    RecordingObserver first, second;
-    auto client = Client();
-    EXPECT_EQ(kColourDevice, AccessoriesOf(client->GetData()));
-    spooler.data[L"ColorPrinting"] = NumberValue(0);
-    EXPECT_EQ(0, client->GetData()->GetColorPrinting());
-    spooler.data[L"BidiQuery"] = NumberValue(0);
-    bed.UseSampleProfile(L"mono-basic.profile");
-    EXPECT_EQ(kMonoDevice, AccessoriesOf(client->GetData()));
-
-    const int readsBefore = spooler.dataReads;
-    client->GetData();
-    const int readsPerQuery = spooler.dataReads - readsBefore;
-    client->AttachAll(std::vector<IObserver*>{&first, &second, &first});
-    client->Notify();
-    EXPECT_EQ(readsBefore + 2 * readsPerQuery, spooler.dataReads);
-    EXPECT_EQ((std::vector<IBiDiData*>{client->GetData(), client->GetData()}), first.records);
 }
 
 // A query that fails by an exception hands out the record the client has, or the default record.
@@ -175,29 +170,37 @@ TEST_F(AccessoryTest, WithoutStoredNumbersThePresetsApply) {
     EXPECT_EQ(2, stored->GetModelFamily());
 }
 
-TEST_F(AccessoryTest, EachAnswerIsStoredByTheRuleOfItsKey) {
+// A data map may name any value; the plug-in's own (query cycle, printer GUID, shortcut,
+// installation and manual-change marks) are not the device's to overwrite.
+TEST_F(AccessoryTest, EachAnswerIsStoredByTheRuleOfItsKeyButNeverOverThePluginsOwnValues) {
     bed.WriteDataMap(R"(<DataMaps><XMLDataMap Protocol="KELP"><StaticDataItem Name="CID"/>
         <DataItem Prefix="dd" Name="DuplexUnit"/><DataItem Prefix="dd" Name="Duplex"/>
         <DataItem Prefix="ink" Name="ColorPrinting"/><DataItem Prefix="x" Name="Protocol"/>
         <DataItem Prefix="x" Name="Other"/><DataItem Prefix="x" Name="Missing"/>
-        <DataItem Prefix="x" Name="Number"/><DataItem Name="Long"/></XMLDataMap></DataMaps>)");
+        <DataItem Prefix="x" Name="Number"/><DataItem Name="Long"/><DataItem Name="TrayState2"/>
+        <DataItem Name="PrinterGUID"/><DataItem Prefix="x" Name="InstallOver"/><DataItem Name="bidiquery"/>
+        <DataItem Name="CurrentShortcut"/><DataItem Prefix="m" Name="Tray2ManuallyChanged"/></XMLDataMap></DataMaps>)");
     bed.WriteProfile(
         "Protocol=KELP\nCID=MFG:X;CID:ABC123;MDL:Y\ndd:DuplexUnit=Installed \ndd:Duplex=enabled\n"
-        "ink:ColorPrinting=Enabled\nx:Protocol=KELP v2\nx:Other=\nx:Number=(i4)0\nLong=" +
+        "ink:ColorPrinting=Enabled\nx:Protocol=KELP v2\nx:Other=\nx:Number=(i4)0\nTrayState2=1\nPrinterGUID=1\n"
+        "x:InstallOver=1\nbidiquery=1\nCurrentShortcut=1\nm:Tray2ManuallyChanged=1\nLong=" +
         std::string(300000, 'L') + "\n");
+    spooler.data[L"PrinterGUID"] = TextValue(L"5c2-1-2-3456789ab", false);
     EXPECT_EQ(S_OK, Client()->RunDeviceQuery());
     EXPECT_EQ(std::optional<std::wstring>(L"CID:ABC123"), spooler.Text(L"CID"));
     EXPECT_EQ(std::optional<std::wstring>(L"KELP v2"), spooler.Text(L"Protocol"));
-    const std::pair<const wchar_t*, DWORD> numbers[] = {{L"DuplexUnit", 0}, {L"Duplex", 1},  {L"ColorPrinting", 0},
-                                                        {L"Other", 1},      {L"Missing", 0}, {L"Number", 1},
-                                                        {L"Long", 1}};
+    EXPECT_EQ(std::optional<std::wstring>(L"5c2-1-2-3456789ab"), spooler.Text(L"PrinterGUID"));
+    const std::pair<const wchar_t*, DWORD> numbers[] = {{L"DuplexUnit", 0}, {L"Duplex", 1},    {L"ColorPrinting", 0},
+                                                        {L"Other", 1},      {L"Missing", 0},   {L"Number", 1},
+                                                        {L"Long", 1},       {L"TrayState2", 1}};
     for (const auto& [name, number] : numbers) EXPECT_EQ(std::optional<DWORD>(number), spooler.Number(name)) << name;
+    EXPECT_EQ(11u, spooler.data.size());  // nothing else
 
     spooler.data.clear();
     bed.WriteProfile("cfg:Protocol=KELP\nCID=MFG:X;MDL:Y\n");
     EXPECT_EQ(S_OK, Client()->RunDeviceQuery());
     EXPECT_EQ(0u, spooler.data.count(L"CID"));
-    EXPECT_EQ(8u, spooler.data.size());  // the other answers, unanswered
+    EXPECT_EQ(9u, spooler.data.size());  // the other answers, unanswered
 
     spooler.data.clear();
     bed.WriteProfile("cfg:Protocol=(i4)5\nCID=CID:X\n");  // a number names no protocol
@@ -205,36 +208,30 @@ TEST_F(AccessoryTest, EachAnswerIsStoredByTheRuleOfItsKey) {
     EXPECT_TRUE(spooler.data.empty());
 }
 
-// A data map may name any value; the plug-in's own are not the device's to overwrite.
-TEST_F(AccessoryTest, DataMapItemsNamedLikeThePluginsOwnValuesAreRefused) {
-    bed.WriteDataMap(R"(<DataMaps><XMLDataMap Protocol="KELP"><StaticDataItem Name="CID"/>
-        <DataItem Name="PrinterGUID"/><DataItem Prefix="x" Name="InstallOver"/><DataItem Name="bidiquery"/>
-        <DataItem Name="CurrentShortcut"/><DataItem Prefix="m" Name="Tray2ManuallyChanged"/>
-        <DataItem Name="TrayState2"/></XMLDataMap></DataMaps>)");
-    bed.WriteProfile(
-        "Protocol=KELP\nCID=CID:X;\nPrinterGUID=1\nx:InstallOver=1\nbidiquery=1\nCurrentShortcut=1\n"
-        "m:Tray2ManuallyChanged=1\nTrayState2=1\n");
-    spooler.data[L"PrinterGUID"] = TextValue(L"5c2-1-2-3456789ab", false);
-    EXPECT_EQ(S_OK, Client()->RunDeviceQuery());
-    EXPECT_EQ(std::optional<std::wstring>(L"5c2-1-2-3456789ab"), spooler.Text(L"PrinterGUID"));
-    std::vector<std::wstring> stored;
-    for (const auto& [name, value] : spooler.data) stored.push_back(name);
-    EXPECT_EQ((std::vector<std::wstring>{L"CID", L"PrinterGUID", L"TrayState2"}), stored);
-}
-
-TEST_F(AccessoryTest, EachPortKindAddressesTheDeviceItsWay) {
-    const auto addressSource = [this] {
+// The data map is the driver's choice, or the default when the driver names none.
+TEST_F(AccessoryTest, EachPortKindAddressesTheDeviceItsWayThroughTheDriversDataMap) {
+    std::wstring path;
+    const auto addressSource = [this, &path] {
         auto client = Client();
         zx::unique_device_address address;
         zx::ComPtr<IDeviceDataCollection> collection;
-        std::wstring path;
         if (!client->CreateDeviceAddress(address)) return std::wstring(L"none");
-        client->CreateDataCollection(address.get(), collection.GetAddressOf(), path);
+        const HRESULT created = client->CreateDataCollection(address.get(), collection.GetAddressOf(), path);
+        if (created == HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND)) return std::wstring(L"no data map");
         zx::unique_variant source;  // GetValue is the collection's sixth slot
         CallSlot<HRESULT>(collection.Get(), 5, kSimAddressItem, source.put());
         return std::wstring((*source).bstrVal);
     };
     EXPECT_EQ(L"port:USB001", addressSource());
+    helper.SetOption("ZXDataCollectionXML", "other.xml");
+    EXPECT_EQ(L"no data map", addressSource());
+    EXPECT_EQ(bed.Directory() + L"other.xml", path);
+    helper.behaviour = FakeCoreHelper::Behaviour::FailEveryCall;
+    EXPECT_EQ(L"port:USB001", addressSource());
+    EXPECT_EQ(bed.Directory() + L"mortaluDataMap.xml", path);
+    helper.behaviour = FakeCoreHelper::Behaviour::Answer;
+    helper.SetOption("ZXDataCollectionXML", "mortaluDataMap.xml");
+
     spooler.ports = {{L"IP_1", L"Standard TCP/IP Port"}, {L"NRD_1", L"Network re-discovery port monitor"}};
     spooler.portName = L"IP_1";
     XcvAnswer answer;
@@ -250,37 +247,18 @@ TEST_F(AccessoryTest, EachPortKindAddressesTheDeviceItsWay) {
     EXPECT_EQ(L"none", addressSource());
 }
 
-TEST_F(AccessoryTest, TheDataMapIsTheDriversChoiceOrTheDefault) {
-    auto client = Client();
-    zx::unique_device_address address;
-    ASSERT_TRUE(client->CreateDeviceAddress(address));
-    zx::ComPtr<IDeviceDataCollection> collection;
-    std::wstring path;
-    helper.SetOption("ZXDataCollectionXML", "other.xml");
-    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND),
-              client->CreateDataCollection(address.get(), collection.GetAddressOf(), path));
-    EXPECT_EQ(bed.Directory() + L"other.xml", path);
-    helper.behaviour = FakeCoreHelper::Behaviour::FailEveryCall;
-    EXPECT_EQ(E_FAIL, client->CreateDataCollection(nullptr, collection.GetAddressOf(), path));
-    EXPECT_EQ(bed.Directory() + L"mortaluDataMap.xml", path);
-}
-
 TEST_F(AccessoryTest, AnUnconnectedClientIgnoresNullObserversTellsRepeatsAgainAndHandsOutOneDefaultRecord) {
     {
         VUDMClient client(L"P", nullptr, &helper);
         EXPECT_EQ(2u, helper.RefCount());
         client.Notify();  // nobody to tell
         RecordingObserver first, second;
-        for (IObserver* observer : {static_cast<IObserver*>(nullptr), static_cast<IObserver*>(&first),
-                                    static_cast<IObserver*>(&second), static_cast<IObserver*>(&first)}) {
+        for (IObserver* observer : std::initializer_list<IObserver*>{nullptr, &first, &second, &first})
             client.Attach(observer);
-        }
         client.Notify();
-        ASSERT_EQ(2u, first.records.size());
         ASSERT_EQ(1u, second.records.size());
-        EXPECT_EQ(first.records[0], second.records[0]);
-        EXPECT_EQ(first.records[0], first.records[1]);
-        EXPECT_EQ((Accessories{1, 0, 0, 1, 1, 1}), AccessoriesOf(first.records[0]));
+        EXPECT_EQ(std::vector<IBiDiData*>(2, second.records[0]), first.records);
+        EXPECT_EQ((Accessories{1, 0, 0, 1, 1, 1}), AccessoriesOf(second.records[0]));
         EXPECT_FALSE(client.IsConnected());
         EXPECT_TRUE(spooler.data.empty());  // an unconnected client asks nothing
         client.DetachAll();

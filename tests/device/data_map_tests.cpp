@@ -11,24 +11,12 @@ namespace {
 
 constexpr char kExampleMap[] = R"(<?xml version="1.0"?>
 <DataMaps>
-  <XMLDataMap Protocol="KELP">
-    <StaticDataItem Name="CID"/>
-    <Group>
-      <DataItem Prefix="dd" Name="DuplexUnit"/>
-      <DataItem Prefix="dd" Name="Duplex"/>
-    </Group>
-    <DataItem Name="ColorPrinting"/>
-    <NextDataItem Name="NeverAsked" Count="1"/>
-  </XMLDataMap>
-  <OIDDataMap>
-    <StaticDataItem Name="CID"/>
-    <DataItem AttributeID="TrayState2"/>
-    <NextDataItem Prefix="tbl" Name="PhotoTray" Count="3"/>
-    <NextDataItem Name="Entries" UntilEnd="true"/>
-  </OIDDataMap>
-  <IPPDataMap>
-    <StaticDataItem Name="CID"/>
-  </IPPDataMap>
+  <XMLDataMap Protocol="KELP"><StaticDataItem Name="CID"/>
+    <Group><DataItem Prefix="dd" Name="DuplexUnit"/><DataItem Prefix="dd" Name="Duplex"/></Group>
+    <DataItem Name="ColorPrinting"/><NextDataItem Name="NeverAsked" Count="1"/></XMLDataMap>
+  <OIDDataMap><StaticDataItem Name="CID"/><DataItem AttributeID="TrayState2"/>
+    <NextDataItem Prefix="tbl" Name="PhotoTray" Count="3"/><NextDataItem Name="Entries" UntilEnd="true"/></OIDDataMap>
+  <IPPDataMap><StaticDataItem Name="CID"/></IPPDataMap>
 </DataMaps>)";
 
 class DataMapTest : public testing::Test {

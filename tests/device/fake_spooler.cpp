@@ -23,19 +23,16 @@ bool IsPrinter(HANDLE handle) { return Spooler().handles.count(handle) == 1; }
 class BlockWriter {
 public:
     BlockWriter(BYTE* buffer, DWORD size, size_t fixedSize) : m_buffer(buffer), m_size(size), m_used(fixedSize) {}
-    LPWSTR Add(const std::wstring& text) {
-        const size_t offset = m_used, bytes = (text.size() + 1) * sizeof(wchar_t);
-        m_used += bytes;
-        if (text.empty() || !Fits()) return nullptr;
-        std::memcpy(m_buffer + offset, text.c_str(), bytes);
-        return reinterpret_cast<LPWSTR>(m_buffer + offset);
-    }
-    LPBYTE AddBytes(const std::vector<BYTE>& bytes) {
+    LPBYTE AddBytes(const void* data, size_t bytes) {
         const size_t offset = m_used;
-        m_used += bytes.size();
-        if (bytes.empty() || !Fits()) return nullptr;
-        std::memcpy(m_buffer + offset, bytes.data(), bytes.size());
+        m_used += bytes;
+        if (bytes == 0 || !Fits()) return nullptr;
+        std::memcpy(m_buffer + offset, data, bytes);
         return m_buffer + offset;
+    }
+    LPWSTR Add(const std::wstring& text) {  // an empty text takes its terminator's room, and is null
+        const size_t bytes = (text.size() + 1) * sizeof(wchar_t);
+        return text.empty() ? (m_used += bytes, nullptr) : reinterpret_cast<LPWSTR>(AddBytes(text.c_str(), bytes));
     }
     template <typename Info>
     BOOL Finish(const Info* records, size_t count, LPDWORD needed) {
@@ -124,7 +121,7 @@ DWORD WINAPI FakeEnumPrinterDataEx(HANDLE handle, LPCWSTR key, LPBYTE buffer, DW
         record.pValueName = writer.Add(name);
         record.cbValueName = static_cast<DWORD>((name.size() + 1) * sizeof(wchar_t));
         record.dwType = value.type;
-        record.pData = writer.AddBytes(value.bytes);
+        record.pData = writer.AddBytes(value.bytes.data(), value.bytes.size());
         record.cbData = static_cast<DWORD>(value.bytes.size());
         records.push_back(record);
     }

@@ -24,6 +24,11 @@ protected:
         spooler.portName = port;
         return zx::ClassifyPort(access);
     }
+    // The address found, or "none" and the address left behind.
+    std::wstring Found(int32_t kind) {
+        const bool found = zx::FindIpAddress(access, kind);
+        return (found ? L"" : L"none ") + access.IpAddress();
+    }
     static XcvAnswer Answer(const wchar_t* host, const wchar_t* ip, DWORD status = ERROR_SUCCESS) {
         XcvAnswer answer;
         answer.status = status;
@@ -78,15 +83,11 @@ TEST_F(PortTest, TcpIpPortsGiveTheHostAddressOnlyWithStatusZero) {
     std::fill(std::begin(full.config.hostAddress), std::end(full.config.hostAddress), L'h');
     std::fill(std::begin(full.config.snmpCommunity), std::end(full.config.snmpCommunity), L's');
     spooler.xcvAnswers = {Answer(L"192.168.0.7", L"10.9.9.9"), Answer(L"192.168.0.8", L"", 5), full};
-    EXPECT_TRUE(zx::FindIpAddress(access, kPortTcpIp));
-    EXPECT_EQ(L"192.168.0.7", access.IpAddress());
+    EXPECT_EQ(L"192.168.0.7", Found(kPortTcpIp));
     EXPECT_EQ(964u, spooler.xcvOutputSizes[0]);
-    EXPECT_FALSE(zx::FindIpAddress(access, kPortTcpIp));
-    EXPECT_EQ(L"0.0.0.0", access.IpAddress());
-    EXPECT_TRUE(zx::FindIpAddress(access, kPortTcpIp));  // an unterminated field ends with the field
-    EXPECT_EQ(std::wstring(49, L'h'), access.IpAddress());
-    EXPECT_FALSE(zx::FindIpAddress(access, kPortTcpIp));  // the monitor fails
-    EXPECT_EQ(L"0.0.0.0", access.IpAddress());
+    EXPECT_EQ(L"none 0.0.0.0", Found(kPortTcpIp));
+    EXPECT_EQ(std::wstring(49, L'h'), Found(kPortTcpIp));  // an unterminated field ends with the field
+    EXPECT_EQ(L"none 0.0.0.0", Found(kPortTcpIp));         // the monitor fails
     EXPECT_FALSE(zx::FindIpAddress(access, kPortUsb));
     EXPECT_EQ(4u, spooler.xcvOutputSizes.size());
 }
@@ -102,16 +103,12 @@ TEST_F(PortTest, RediscoveryPortsNameThemselvesAndFallBackToALargerRecord) {
     absurd.needed = 0x7FFFFFFF;
     spooler.xcvAnswers = {Answer(L"host", L"10.0.0.9"), Answer(L"host", L""), larger, Answer(L"10.1.1.1", L""), absurd};
 
-    EXPECT_TRUE(zx::FindIpAddress(access, kPortRediscovery));
-    EXPECT_EQ(L"10.0.0.9", access.IpAddress());
+    EXPECT_EQ(L"10.0.0.9", Found(kPortRediscovery));
     EXPECT_EQ(port.substr(0, 63), spooler.xcvPortNames[0]);
-    EXPECT_FALSE(zx::FindIpAddress(access, kPortRediscovery));
-    EXPECT_EQ(L"0.0.0.0", access.IpAddress());
-    EXPECT_FALSE(zx::FindIpAddress(access, kPortRediscovery));
-    EXPECT_EQ(L"10.1.1.1", access.IpAddress());
+    EXPECT_EQ(L"none 0.0.0.0", Found(kPortRediscovery));
+    EXPECT_EQ(L"none 10.1.1.1", Found(kPortRediscovery));
     EXPECT_EQ(2000u, spooler.xcvOutputSizes[3]);
-    EXPECT_FALSE(zx::FindIpAddress(access, kPortRediscovery));  // no second call for an absurd size
-    EXPECT_EQ(L"0.0.0.0", access.IpAddress());
+    EXPECT_EQ(L"none 0.0.0.0", Found(kPortRediscovery));  // no second call for an absurd size
     EXPECT_EQ(5u, spooler.xcvOutputSizes.size());
 }
 
@@ -120,8 +117,8 @@ namespace {
 class WsdTest : public PortTest {
 protected:
     WsdTest() { Classify(L"WSD-1"); }
-    bool Find() {
-        const bool found = zx::FindIpAddress(access, kPortWsd);
+    std::wstring Find() {
+        const std::wstring found = Found(kPortWsd);
         EXPECT_EQ(0, FakeFunctionDiscovery::liveObjects);
         return found;
     }
@@ -138,8 +135,7 @@ TEST_F(WsdTest, OnlyADeviceServingThePortGivesTheHostOfItsServiceAddress) {
         {L"UUID:MINE", {ServiceAddress({L"http://192.168.0.20:5357/abc", L"http://10.0.0.1/"}), PrinterPort(L"wsd-1")}},
         {L"not a device", {PrinterPort(L"WSD-1"), ServiceAddress({L"http://10.0.0.3:80/"})}},
     };
-    EXPECT_TRUE(Find());
-    EXPECT_EQ(L"192.168.0.20", access.IpAddress());
+    EXPECT_EQ(L"192.168.0.20", Find());
     EXPECT_EQ(L"Provider\\Microsoft.Base.PnP", discovery.queriedCategory);
 
     // Another port, or no usable service address.
@@ -153,8 +149,7 @@ TEST_F(WsdTest, OnlyADeviceServingThePortGivesTheHostOfItsServiceAddress) {
     for (size_t i = 0; i < std::size(devices); ++i) {
         SCOPED_TRACE(i);
         discovery.instances = {{L"umb:1", devices[i]}};
-        EXPECT_FALSE(Find());
-        EXPECT_EQ(L"0.0.0.0", access.IpAddress());
+        EXPECT_EQ(L"none 0.0.0.0", Find());
     }
 }
 
@@ -163,23 +158,21 @@ TEST_F(WsdTest, ShortOverlongPendingAndFailedLookups) {
         return std::vector<zxtest::FakeInstance>{{L"uuid:1", {ServiceAddress({address}), PrinterPort(L"WSD-1")}}};
     };
     discovery.instances = device(L"http:/");
-    EXPECT_TRUE(Find());
-    EXPECT_EQ(L"", access.IpAddress());
+    EXPECT_EQ(L"", Find());
 
     discovery.instances = device(L"http://" + std::wstring(260, L'9'));
     ::SetLastError(0);
-    EXPECT_FALSE(Find());
+    EXPECT_FALSE(zx::FindIpAddress(access, kPortWsd));
     EXPECT_EQ(static_cast<DWORD>(ERROR_INSUFFICIENT_BUFFER), ::GetLastError());
     EXPECT_EQ(L"0.0.0.0", access.IpAddress());
+    EXPECT_EQ(0, FakeFunctionDiscovery::liveObjects);
 
     discovery.instances = device(L"http://10.1.2.3:5357/");
     discovery.executeResult = E_PENDING;
-    EXPECT_TRUE(Find());
-    EXPECT_EQ(L"10.1.2.3", access.IpAddress());
+    EXPECT_EQ(L"10.1.2.3", Find());
     discovery.executeResult = E_FAIL;
-    EXPECT_FALSE(Find());
+    EXPECT_EQ(L"none 0.0.0.0", Find());
     discovery.executeResult = S_OK;
     discovery.createResult = REGDB_E_CLASSNOTREG;
-    EXPECT_FALSE(Find());
-    EXPECT_EQ(L"0.0.0.0", access.IpAddress());
+    EXPECT_EQ(L"none 0.0.0.0", Find());
 }

@@ -20,10 +20,20 @@ std::wstring Outcome(Read read, const zx::unique_variant& value) {
 
 }  // namespace
 
-// An accessory query reads the whole driver data with one spooler call; each value reads as it
-// does on its own, and a spooler that does not list values has them read one by one.
+// An accessory query reads the whole driver data with one spooler call, also when the printer
+// never stored any; each value reads as it does on its own, and a spooler that does not list
+// values has them read one by one.
 TEST(PrinterAccess, ReadsNumbersAsTheirLow16BitsAndTextWithOrWithoutTerminatorListedOrOnItsOwn) {
     zxtest::FakeSpooler spooler;
+    VPrinterAccess access(L"P", nullptr);
+    {
+        const VStoredValues none(access);
+        for (const wchar_t* name : {L"BidiQuery", L"DuplexUnit", L"CID"}) {
+            zx::unique_variant value;
+            EXPECT_EQ(L"missing", Outcome(none.Read(name, value), value)) << name;
+        }
+        EXPECT_EQ(1, spooler.dataReads);
+    }
     spooler.data = {{L"Big", zxtest::NumberValue(0x00010001)},
                     {L"Minus", zxtest::NumberValue(0x0000FFFF)},
                     {L"Short", zxtest::StoredValue{REG_DWORD, {7, 1}}},
@@ -32,7 +42,6 @@ TEST(PrinterAccess, ReadsNumbersAsTheirLow16BitsAndTextWithOrWithoutTerminatorLi
                     {L"Long", zxtest::TextValue(std::wstring(300, L'L'))},
                     {L"Empty", zxtest::StoredValue{REG_SZ, {}}},
                     {L"Binary", zxtest::StoredValue{REG_BINARY, {1, 2, 3}}}};
-    VPrinterAccess access(L"P", nullptr);
     const std::pair<const wchar_t*, std::wstring> expected[] = {
         {L"Big", L"number 1"},     {L"minus", L"number -1"},  // names compare without case
         {L"Short", L"number 263"}, {L"Bare", L"text abc"},
@@ -65,19 +74,6 @@ TEST(PrinterAccess, ReadsNumbersAsTheirLow16BitsAndTextWithOrWithoutTerminatorLi
         zx::unique_variant value;
         EXPECT_EQ(L"failed", Outcome(access.ReadValue(name, value), value)) << name;
     }
-}
-
-// Every conversion asks for the accessories of a printer that may never have stored any: the
-// one listing answers for every value.
-TEST(PrinterAccess, DriverDataWithoutValuesIsReadWithTheOneListing) {
-    zxtest::FakeSpooler spooler;
-    VPrinterAccess access(L"P", nullptr);
-    const VStoredValues stored(access);
-    for (const wchar_t* name : {L"BidiQuery", L"DuplexUnit", L"CID"}) {
-        zx::unique_variant value;
-        EXPECT_EQ(L"missing", Outcome(stored.Read(name, value), value)) << name;
-    }
-    EXPECT_EQ(1, spooler.dataReads);
 }
 
 // The restricted handle has each write refused once; it is tried again through a handle with

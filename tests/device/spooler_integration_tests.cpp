@@ -22,20 +22,22 @@ void DeletePrinterIfThere() {
     if (::OpenPrinterW(name.data(), printer.put(), &defaults)) ::DeletePrinter(printer.get());
 }
 
-std::wstring SampleProfile(const wchar_t* name) { return drvhost::ProgramDirectory() + L"devices\\" + name; }
-
 class RealSpoolerTest : public testing::Test {
 protected:
     ~RealSpoolerTest() override { DeletePrinterIfThere(); }
 
-    // A new printer each time, so that no answers of an earlier run are there.
-    void InstallWithDevice(const wchar_t* profile) {
+    // A new printer, so that no answers of an earlier run are there, with the device unreachable.
+    RealSpoolerTest() {
         DeletePrinterIfThere();
         drvhost::PrinterSetup setup;
         setup.printerName = kPrinter;
         setup.sourceDirectory = drvhost::ProgramDirectory();
-        setup.deviceProfile = SampleProfile(profile);
+        setup.deviceProfile = Profile(L"unreachable.profile");
         driverDirectory = drvhost::InstallPrinter(setup).driverDirectory;
+    }
+    static std::wstring Profile(const wchar_t* name) { return drvhost::ProgramDirectory() + L"devices\\" + name; }
+    void UseProfile(const wchar_t* name) {
+        ASSERT_TRUE(::CopyFileW(Profile(name).c_str(), (driverDirectory + kDeviceProfileFile).c_str(), FALSE));
     }
     std::shared_ptr<VUDMClient> Client() {
         auto client = std::make_shared<VUDMClient>(kPrinter, nullptr, core.CoreHelper());
@@ -65,9 +67,14 @@ protected:
 
 }  // namespace
 
-TEST_F(RealSpoolerTest, AColourDeviceIsAskedOnceAndItsAnswersLiveInTheDriverData) {
-    InstallWithDevice(L"colour-duplex.profile");
+// An unreachable device gives the sample defaults marked unreliable and stores nothing, so that
+// the device is asked again once it answers.
+TEST_F(RealSpoolerTest, AColourDeviceIsAskedOnceItAnswersAndItsAnswersLiveInTheDriverData) {
+    EXPECT_EQ(kSampleDefaults, AccessoriesOf(Client()->GetData()));
     EXPECT_EQ(std::nullopt, Stored(L"BidiQuery"));
+    EXPECT_EQ(std::nullopt, Stored(L"DuplexUnit"));
+
+    UseProfile(L"colour-duplex.profile");
     EXPECT_EQ(kColourDevice, AccessoriesOf(Client()->GetData()));
     for (const wchar_t* name :
          {L"BidiQuery", L"DuplexUnit", L"Duplex", L"TrayState2", L"PhotoTray", L"ColorPrinting"}) {
@@ -76,8 +83,7 @@ TEST_F(RealSpoolerTest, AColourDeviceIsAskedOnceAndItsAnswersLiveInTheDriverData
     EXPECT_EQ(std::optional<std::wstring>(L"CID:QAMA_ZX2610"), Stored(L"CID"));
 
     // A second client reads the stored answers, whatever the device now says.
-    ASSERT_TRUE(::CopyFileW(SampleProfile(L"mono-basic.profile").c_str(),
-                            (driverDirectory + kDeviceProfileFile).c_str(), FALSE));
+    UseProfile(L"mono-basic.profile");
     const auto second = Client();
     EXPECT_EQ(kColourDevice, AccessoriesOf(second->GetData()));
     EXPECT_EQ(1, second->GetData()->GetModelFamily());
@@ -91,11 +97,4 @@ TEST_F(RealSpoolerTest, AColourDeviceIsAskedOnceAndItsAnswersLiveInTheDriverData
     EXPECT_EQ(kPortUsb, holder.client->PrinterAccess().PortKind());
     EXPECT_EQ(std::optional<std::wstring>(L"0"), Stored(L"ColorPrinting"));
     EXPECT_EQ(std::optional<std::wstring>(L"CID:TORVELL_ZX1200"), Stored(L"CID"));
-}
-
-TEST_F(RealSpoolerTest, AnUnreachableDeviceGivesTheSampleDefaultsMarkedUnreliable) {
-    InstallWithDevice(L"unreachable.profile");
-    EXPECT_EQ(kSampleDefaults, AccessoriesOf(Client()->GetData()));
-    EXPECT_EQ(std::nullopt, Stored(L"BidiQuery"));
-    EXPECT_EQ(std::nullopt, Stored(L"DuplexUnit"));
 }
