@@ -30,7 +30,7 @@ bool FactoryGives(REFCLSID clsid, REFIID riid, REFIID identity) {
 
 }  // namespace
 
-TEST(ClassObject, EachClassIdentifierGivesAFactoryHeldOnlyByTheCaller) {
+TEST(ClassObject, EachClassGivesAFactoryHeldOnlyByTheCallerAndWhatCannotBeServedIsRefused) {
     for (const CLSID& clsid : {CLSID_OEMUI, CLSID_OEMPTPROVIDER, CLSID_OEMUIMXDC}) {
         for (const IID& iid : {IID_IClassFactory, IID_IUnknown}) {
             IUnknown* factory = reinterpret_cast<IUnknown*>(0xdeadbeef);
@@ -40,9 +40,8 @@ TEST(ClassObject, EachClassIdentifierGivesAFactoryHeldOnlyByTheCaller) {
             EXPECT_EQ(0u, factory->Release());
         }
     }
-}
 
-TEST(ClassObject, ClassObjectAndFactoryRefuseWhatTheyCannotServeAndClearTheOutput) {
+    // What the class object and the factory cannot serve is refused, and the output cleared.
     void* object = reinterpret_cast<void*>(0xdeadbeef);
     EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE, Plugin().getClassObject(kForeignClass, IID_IClassFactory, &object));
     EXPECT_EQ(nullptr, object);
@@ -61,7 +60,7 @@ TEST(ClassObject, ClassObjectAndFactoryRefuseWhatTheyCannotServeAndClearTheOutpu
     EXPECT_EQ(nullptr, object);
 }
 
-TEST(ClassFactory, ChoosesTheObjectFromTheInterfaceAloneInTheFixedOrder) {
+TEST(ClassFactory, ChoosesTheObjectFromTheInterfaceAloneAndDestroysTheOnesItRejects) {
     // The class asked for does not matter: each factory offers the UI object, the provider,
     // then the converter object.
     for (const CLSID& clsid : {CLSID_OEMUI, CLSID_OEMPTPROVIDER, CLSID_OEMUIMXDC}) {
@@ -70,10 +69,8 @@ TEST(ClassFactory, ChoosesTheObjectFromTheInterfaceAloneInTheFixedOrder) {
         }
         EXPECT_TRUE(FactoryGives(clsid, IID_IUnknown, IID_IPrintOemUI));  // taken by the first object tried
     }
-}
 
-TEST(ClassFactory, ObjectsRejectedAlongTheWayAreDestroyed) {
-    // In-process factory, so that the UI object's instance count is visible.
+    // Objects rejected along the way are destroyed; an in-process factory shows the UI object's count.
     auto* factory = new VUIClassFactory();
     void* object = nullptr;
     EXPECT_EQ(E_NOINTERFACE, factory->CreateInstance(nullptr, IID_IDispatch, &object));

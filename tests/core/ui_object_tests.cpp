@@ -105,7 +105,7 @@ TEST_F(UiObjectTest, GetInfoAnswersItsThreeModesAndRefusesTheOthersAndAMissingSi
     EXPECT_EQ(4u, needed);
 }
 
-TEST_F(UiObjectTest, DevModeSizeAndDefaultReport64BytesAndDefaultingWritesOnlyTheHeader) {
+TEST_F(UiObjectTest, DevModeSizeAndDefaultWriteOnlyTheHeaderAndRefuseNullBlocks) {
     EXPECT_EQ(S_OK, Run(OEMDM_SIZE, nullptr, nullptr));
     EXPECT_EQ(64u, param.cbBufSize);
 
@@ -118,9 +118,8 @@ TEST_F(UiObjectTest, DevModeSizeAndDefaultReport64BytesAndDefaultingWritesOnlyTh
     EXPECT_EQ(kSentinel, out.dwNUpIndex);
     EXPECT_EQ(kSentinel, out.dwInputBinIndex);
     EXPECT_EQ(kSentinel, out.dwReserved60);
-}
 
-TEST_F(UiObjectTest, DevModeRefusesNullBlocksAndParameters) {
+    // Null blocks and parameters.
     for (DWORD mode : {DWORD{OEMDM_SIZE}, DWORD{OEMDM_DEFAULT}, DWORD{OEMDM_CONVERT}, DWORD{OEMDM_MERGE}}) {
         EXPECT_EQ(S_OK, ui->DevMode(mode, nullptr)) << "mode " << mode;
     }
@@ -133,7 +132,7 @@ TEST_F(UiObjectTest, DevModeRefusesNullBlocksAndParameters) {
     EXPECT_EQ(E_POINTER, Run(OEMDM_DEFAULT, &block, nullptr));
     for (DWORD mode : {DWORD{OEMDM_CONVERT}, DWORD{OEMDM_MERGE}}) {
         EXPECT_EQ(E_POINTER, Run(mode, &block, nullptr));
-        VPrivateDevMode out = FilledWith(kSentinel);
+        out = FilledWith(kSentinel);
         EXPECT_EQ(E_POINTER, Run(mode, nullptr, &out));
         EXPECT_EQ(kSentinel, out.dwSize);
     }
@@ -217,11 +216,10 @@ TEST_F(UiObjectTest, The300DpiFlagFollowsTheDeviceLanguageThenTheQualityThenTheM
         }
         ui.Reset();  // before the case's helper goes away
     }
-}
 
-// The core helper is asked about the job's DEVMODE, public and driver-extra parts together, and
-// only once it is published and there is a public DEVMODE.
-TEST_F(UiObjectTest, The300DpiFlagIsRecomputedFromTheWholeDevModeOnceTheHelperIsPublished) {
+    // The core helper is asked about the job's DEVMODE, public and driver-extra parts together, and
+    // only once it is published and there is a public DEVMODE.
+    ui = CreateUiObject();
     helper.SetOption("DeviceLanguage", "PCL");
     helper.SetOption("PageOutputQuality", "Draft");
     EXPECT_EQ(0u, FlagAfter(OEMDM_CONVERT));  // cleared by the header, never recomputed
@@ -262,13 +260,14 @@ TEST_F(UiObjectTest, PublishDriverInterfaceTakesEachHelperOnceAndNeverReplacesIt
     EXPECT_EQ(std::pair(1ul, 1ul), std::pair(noUni.RefCount(), uniOnly.RefCount()));
 }
 
-TEST_F(UiObjectTest, ColourProfileFollowsTheColourManagementOption) {
-    ASSERT_EQ(S_OK, Publish(helper));
-    devMode.dmSize = sizeof(DEVMODEW);
-    helper.SetOption("ZXColorManagement", "4");
+TEST_F(UiObjectTest, ColourProfileFollowsTheColourManagementOptionAndRefusesWhatItCannotServe) {
     wchar_t buffer[13];
     ULONG size = 26;
     FLONG flags = 0;
+    EXPECT_EQ(E_NOTIMPL, QueryProfile(QCP_DEVICEPROFILE, buffer, &size, &flags));  // no helper yet
+    ASSERT_EQ(S_OK, Publish(helper));
+    devMode.dmSize = sizeof(DEVMODEW);
+    helper.SetOption("ZXColorManagement", "4");
     EXPECT_EQ(S_OK, QueryProfile(QCP_DEVICEPROFILE, buffer, &size, &flags));
     EXPECT_EQ(26u, size);
     EXPECT_STREQ(L"AdobeRGB.icc", buffer);
@@ -282,14 +281,9 @@ TEST_F(UiObjectTest, ColourProfileFollowsTheColourManagementOption) {
         EXPECT_STREQ(L"sRGB_Color_Space_Profile.icm", large);
         EXPECT_EQ((std::wcslen(large) + 1) * sizeof(wchar_t), size);
     }
-}
 
-TEST_F(UiObjectTest, ColourProfileRefusesSmallBuffersUnknownChoicesAndHelpersThatDoNotAnswer) {
-    wchar_t buffer[10] = L"untouched";
-    ULONG size = sizeof(buffer);
-    FLONG flags = 0;
-    EXPECT_EQ(E_NOTIMPL, QueryProfile(QCP_DEVICEPROFILE, buffer, &size, &flags));  // no helper yet
-    ASSERT_EQ(S_OK, Publish(helper));
+    // Small buffers, unknown choices and helpers that do not answer.
+    std::wcscpy(buffer, L"untouched");
     helper.SetOption("ZXColorManagement", "4");
     size = 20;
     SetLastError(0);

@@ -37,7 +37,7 @@ std::array<LONG, 4> Edges(const RECTL& area) { return {area.left, area.top, area
 
 }  // namespace
 
-TEST_F(XpsConverterTest, TwoSidedPagesGetATopMarginAsLargeAsTheBottomOne) {
+TEST_F(XpsConverterTest, TwoSidedPagesGetATopMarginAsLargeAsTheBottomOneBorderlessOnesNone) {
     EXPECT_EQ(Edges(kPrintable), Edges(Adjusted(kPrintable)));  // one-sided
     for (short duplex : {short{DMDUP_VERTICAL}, short{DMDUP_HORIZONTAL}}) {
         devMode.dmDuplex = duplex;
@@ -47,19 +47,17 @@ TEST_F(XpsConverterTest, TwoSidedPagesGetATopMarginAsLargeAsTheBottomOne) {
     // A hostile rectangle cannot overflow the margin arithmetic.
     devMode.dmDuplex = DMDUP_VERTICAL;
     EXPECT_EQ(LONG_MAX, Adjusted({0, 0, 1, LONG_MIN}).top);
-}
 
-TEST_F(XpsConverterTest, BorderlessPagesPrintToThePaperEdges) {
+    // Borderless pages print to the paper's edges, two-sided or not.
     block.dwBorderless = 1;
     EXPECT_EQ(Edges(kWholePaper), Edges(Adjusted(kPrintable)));
-    devMode.dmDuplex = DMDUP_VERTICAL;
+    devMode.dmDuplex = DMDUP_SIMPLEX;
     EXPECT_EQ(Edges(kWholePaper), Edges(Adjusted(kPrintable)));
     // A private block too short to hold the borderless field counts as missing.
-    devMode.dmDuplex = DMDUP_SIMPLEX;
     EXPECT_EQ(Edges(kPrintable), Edges(Adjusted(kPrintable, sizeof(DEVMODEW), 24)));
 }
 
-TEST_F(XpsConverterTest, CompressionFollowsThePrintQuality) {
+TEST_F(XpsConverterTest, CompressionFollowsThePrintQualityAndResolutionIsForcedOnlyWhenTheBlockAsks) {
     const std::pair<short, INT> cases[] = {{300, 2}, {600, 4}, {DMRES_HIGH, 4}};
     for (const auto& [quality, compression] : cases) {
         devMode.dmPrintQuality = quality;
@@ -67,9 +65,6 @@ TEST_F(XpsConverterTest, CompressionFollowsThePrintQuality) {
         EXPECT_EQ(S_OK, converter->AdjustImageCompression(nullptr, sizeof(devMode), &devMode, 0, nullptr, &mode));
         EXPECT_EQ(compression, mode) << "quality " << quality;
     }
-}
-
-TEST_F(XpsConverterTest, ResolutionIsForcedOnlyWhenThePrivateBlockAsks) {
     INT dpi = 600;
     EXPECT_EQ(S_OK, converter->AdjustDPI(nullptr, sizeof(devMode), &devMode, sizeof(block), &block, &dpi));
     EXPECT_EQ(600, dpi);

@@ -110,36 +110,27 @@ TEST(CommandLine, ResultsCarryTheirNamesAndWhatTheCoreDriverMakesOfThem) {
     EXPECT_EQ("0x80004005 E_FAIL", PluginResultText(PluginCall::UiMethod, E_FAIL));
 }
 
-TEST(CommandLine, SuggestsTheClosestNames) {
-    const std::vector<std::string> names = {"PaperSize", "PageMediaSize", "MediaType", "Duplex", "DocumentNUp"};
-    EXPECT_EQ(std::vector<std::string>({"PaperSize"}), ClosestNames("papersize", names));
-    EXPECT_EQ(std::vector<std::string>({"PaperSize"}), ClosestNames("PaperSiz", names));
-    EXPECT_EQ(std::vector<std::string>({"PageMediaSize", "MediaType"}), ClosestNames("Media", names));
-    EXPECT_TRUE(ClosestNames("Bogus", names).empty());
-}
-
-// The commands against the simulated printer in this test's Wine prefix.
 TEST(CommandLine, SetNamesTheWrongPartAndTakesPrintTicketNames) {
+    const auto set = [](const wchar_t* assignment) {
+        return std::vector<std::wstring>{L"ticket", L"--set", assignment};
+    };
+    const char* noPrinter =
+        "no printer named \"No Such Printer\" (install it with: drvhost install --printer \"No Such Printer\")";
     ExpectRefusals({
-        {{L"ticket", L"--set", L"Bogus=1"}, 2, "no feature \"Bogus\" (`drvhost features` lists them all)"},
-        {{L"ticket", L"--set", L"papersize=A4"},
-         2,
-         "no feature \"papersize\" (closest: PaperSize; `drvhost features` lists them all)"},
-        {{L"ticket", L"--set", L"PaperSize=A44"},
-         2,
+        {set(L"Bogus=1"), 2, "no feature \"Bogus\" (`drvhost features` lists them all)"},
+        {set(L"papersize=A4"), 2, "no feature \"papersize\" (closest: PaperSize; `drvhost features` lists them all)"},
+        {set(L"PaperSize=A44"), 2,
          "feature PaperSize has no option \"A44\" (closest: A4, A5, A6; `drvhost features` lists them all)"},
-        {{L"ticket", L"--set", L"psk:PageMediaSize=psk:ISOA44"},
-         2,
+        {set(L"psk:PageMediaSize=psk:ISOA44"), 2,
          "feature psk:PageMediaSize has no option \"psk:ISOA44\" (closest: psk:ISOA4, psk:ISOA5, psk:ISOA6; "
          "`drvhost features` lists them all)"},
-        {{L"ticket", L"--set", L"PaperSize"}, 2, "--set takes FEATURE=OPTION, not \"PaperSize\""},
-        {{L"--printer", L"No Such Printer", L"info"},
-         2,
-         "no printer named \"No Such Printer\" (install it with: drvhost install --printer \"No Such Printer\")"},
-        {{L"features", L"--printer", L"No Such Printer"},
-         2,
-         "no printer named \"No Such Printer\" (install it with: drvhost install --printer \"No Such Printer\")"},
+        {set(L"PaperSize"), 2, "--set takes FEATURE=OPTION, not \"PaperSize\""},
+        {{L"--printer", L"No Such Printer", L"info"}, 2, noPrinter},
+        {{L"features", L"--printer", L"No Such Printer"}, 2, noPrinter},
     });
+    // A part of a name suggests every name holding it.
+    EXPECT_EQ(std::vector<std::string>({"PageMediaSize", "MediaType"}),
+              ClosestNames("Media", {"PaperSize", "PageMediaSize", "MediaType", "Duplex"}));
 
     const Outcome ticket = Drvhost({L"ticket", L"--set", L"psk:PageMediaSize=psk:ISOA4", L"--set", L"Duplex=VERTICAL"});
     ASSERT_EQ(0, ticket.status) << ticket.error;

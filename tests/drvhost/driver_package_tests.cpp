@@ -114,8 +114,6 @@ std::string Replaced(std::string text, const std::string& from, const std::strin
 
 }  // namespace
 
-// The sample INF names the plug-in and the copy list; the collected package holds the INF and
-// exactly the files it copies.
 TEST(DriverPackage, TheCollectedPackageHoldsTheInfAndExactlyWhatItCopies) {
     const DriverPackage package = ReadDriverPackage(CollectedPackage());
     EXPECT_EQ(L"ZX Inkjet Simulator Driver", package.driverName);
@@ -175,9 +173,8 @@ TEST(DriverPackage, RefusesAPackageThatCannotWorkInOneLine) {
     }
 }
 
-// What `drvhost install --package build/package` leaves in the spooler: the driver named after
-// the INF's model, the simulated core driver, the feature description as data file, and the
-// copy list as dependent files; the plug-in loads from there.
+// The driver named after the INF's model, the simulated core driver, the feature description as
+// data file and the copy list as dependent files; the plug-in loads from there.
 TEST(DriverPackage, DrvhostInstallsThePrinterFromTheCollectedPackage) {
     struct Captured : Console {
         void Out(std::string_view text) override { out += text; }

@@ -44,16 +44,23 @@ protected:
 
 }  // namespace
 
-TEST_F(PrintSchemaTest, NamesMappedFeaturesByKeywordAndOthersInTheDeviceNamespace) {
+TEST_F(PrintSchemaTest, NamesByKeywordOrInTheDeviceNamespaceAndCapabilitiesListEveryOption) {
     EXPECT_EQ("psk:PageMediaSize", SchemaFeatureName(printer.features[0]));
     EXPECT_EQ("psk:ISOA4", SchemaOptionName(printer.features[0].options[0]));
     EXPECT_EQ("ns0000:ZX_4X6_IN", SchemaOptionName(printer.features[0].options[1]));
     EXPECT_EQ("ns0000:_7", SchemaOptionName(printer.features[3].options[0]));
     EXPECT_EQ("ns0000:JobTouchByUser", SchemaFeatureName(printer.features[4]));
     EXPECT_EQ("ns0000:DocumentPageRanges", SchemaFeatureName(printer.features[5]));
+
+    auto capabilities = ParseXml(BuildPrintCapabilities(printer, kDevice));
+    EXPECT_EQ(L"psk:PickOne", Select(capabilities.Get(),
+                                     L"//psf:Feature[@name='psk:PageMediaSize']/"
+                                     L"psf:Property[@name='psf:SelectionType']/psf:Value"));
+    EXPECT_EQ(L"ns0000:ZX_4X6_IN",
+              Select(capabilities.Get(), L"//psf:Feature[@name='psk:PageMediaSize']/psf:Option[2]/@name"));
 }
 
-TEST_F(PrintSchemaTest, BaseTicketCarriesTheSelectionsWithNUpStructure) {
+TEST_F(PrintSchemaTest, BaseTicketCarriesTheSelectionsWithNUpStructureAndReadsBack) {
     auto ticket = ParseXml(BuildPrintTicket(printer, selectionOf, kDevice));
     EXPECT_EQ(L"ns0000:ZX_4X6_IN", Select(ticket.Get(), L"//psf:Feature[@name='psk:PageMediaSize']/psf:Option/@name"));
     EXPECT_EQ(L"4", Select(ticket.Get(),
@@ -65,13 +72,10 @@ TEST_F(PrintSchemaTest, BaseTicketCarriesTheSelectionsWithNUpStructure) {
                                      L"psf:Feature[@name='psk:PresentationDirection']/psf:Option/@name"));
     EXPECT_EQ(L"<none>", Select(ticket.Get(), L"/psf:PrintTicket/psf:Feature[@name='psk:PresentationDirection']"));
     EXPECT_EQ(L"ns0000:On", Select(ticket.Get(), L"//psf:Feature[@name='ns0000:JobTouchByUser']/psf:Option/@name"));
-}
 
-TEST_F(PrintSchemaTest, ReadsBackWhatItWroteWhateverPrefixesTheTicketUses) {
-    auto ticket = ParseXml(BuildPrintTicket(printer, selectionOf, kDevice));
-    auto pairs = ReadTicketSelections(ticket.Get(), printer, kDevice);
+    // Read back whatever prefixes the ticket uses.
     std::vector<std::pair<size_t, size_t>> expected = {{0, 1}, {1, 1}, {2, 1}, {3, 1}, {4, 1}, {5, 0}};
-    EXPECT_EQ(expected, pairs);
+    EXPECT_EQ(expected, ReadTicketSelections(ticket.Get(), printer, kDevice));
 
     auto renamed =
         ParseXml(std::wstring(L"<f:PrintTicket xmlns:f='") + kFrameworkUri + L"' xmlns:k='" + kKeywordsUri +
@@ -87,16 +91,6 @@ TEST_F(PrintSchemaTest, ReadsBackWhatItWroteWhateverPrefixesTheTicketUses) {
     EXPECT_EQ(expected, ReadTicketSelections(renamed.Get(), printer, kDevice));
 }
 
-TEST_F(PrintSchemaTest, CapabilitiesListEveryOptionWithItsDisplayName) {
-    auto capabilities = ParseXml(BuildPrintCapabilities(printer, kDevice));
-    EXPECT_EQ(L"psk:PickOne", Select(capabilities.Get(),
-                                     L"//psf:Feature[@name='psk:PageMediaSize']/"
-                                     L"psf:Property[@name='psf:SelectionType']/psf:Value"));
-    EXPECT_EQ(L"ns0000:ZX_4X6_IN",
-              Select(capabilities.Get(), L"//psf:Feature[@name='psk:PageMediaSize']/psf:Option[2]/@name"));
-}
-
-// The simulated printer in Wine's real spooler, with the plug-in built beside this test.
 TEST(SimulatedPrinter, InstallsIdempotentlyAndLoadsThePluginFromItsDriverDirectory) {
     PrinterSetup setup;
     setup.printerName = L"drvhost test printer";
@@ -115,14 +109,9 @@ TEST(SimulatedPrinter, InstallsIdempotentlyAndLoadsThePluginFromItsDriverDirecto
     EXPECT_EQ(64u, host.Identity().privateBlockSize);
     EXPECT_EQ(S_OK, host.Identity().publishCoreHelper);
 
-    auto job = host.NewDefaultJob();
-    const auto* block = static_cast<const DWORD*>(job->PluginBlock());
-    EXPECT_EQ(64u, block[0]);
-    EXPECT_EQ(0x5844534Du, block[1]);
-
     TicketHost tickets(host);
     HRESULT result = S_OK;
-    auto ticket = tickets.TicketFor(*job, result);
+    auto ticket = tickets.TicketFor(*host.NewDefaultJob(), result);
     EXPECT_EQ(L"psk:NorthAmericaLetter",
               Select(ticket.Get(), L"//psf:Feature[@name='psk:PageMediaSize']/psf:Option/@name"));
 }

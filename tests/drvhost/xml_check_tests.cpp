@@ -69,8 +69,7 @@ TEST(XmlCheck, ParseErrorsCarryThePosition) {
         ParseXml(L"<a>\n<b></a>");
         FAIL() << "parsed";
     } catch (const XmlError& e) {
-        EXPECT_EQ(2, e.Line());
-        EXPECT_EQ(4, e.Column());
+        EXPECT_EQ(std::pair(2, 4), std::pair(e.Line(), e.Column()));
         EXPECT_STREQ("XML line 2, column 4: </a> does not close <b> (line 2, column 1)", e.what());
     }
 }

@@ -151,7 +151,7 @@ TEST_F(ApplicationDetection, ThePrintHostOf32BitApplicationsNamesTheSpoolersClie
 
 // Every host is a copy of a program with a file description, so "Unknown" shows that its rule
 // decided.
-TEST_F(ApplicationDetection, KnownHostsAreRecognisedByModulesOrCommandLine) {
+TEST_F(ApplicationDetection, KnownHostsAreRecognisedByTheirFirst260ModulesOrCommandLine) {
     g_host.modules = {L"C:\\Windows\\System32\\ntdll.dll", L"C:\\Program Files\\Viewer\\PhotoViewer.dll"};
     EXPECT_EQ(L"WindowsPhotoViewer", Detected(Beside(L"hosts\\DllHost.exe")));
     EXPECT_EQ((std::vector<std::pair<DWORD, DWORD>>{{0x410, kOwnId}}), g_host.opened);
@@ -165,6 +165,13 @@ TEST_F(ApplicationDetection, KnownHostsAreRecognisedByModulesOrCommandLine) {
     EXPECT_EQ(L"Unknown", Detected(Beside(L"hosts\\rundll32.exe")));
     g_host.commandLine = L"rundll32.exe C:\\Windows\\System32\\shimgvw.dll,ImageView_PrintTo";
     EXPECT_EQ(L"Microsoft_Windows_Fax_and_Scan", Detected(Beside(L"hosts\\rundll32.exe")));
+
+    // Only the first 260 modules are looked at.
+    g_host.modules.assign(300, L"C:\\Windows\\System32\\other.dll");
+    g_host.modules[280] = L"C:\\PhotoViewer.dll";
+    EXPECT_EQ(L"Unknown", Detected(L"C:\\Windows\\System32\\DllHost.exe"));
+    g_host.modules[259] = L"C:\\PhotoViewer.dll";
+    EXPECT_EQ(L"WindowsPhotoViewer", Detected(L"C:\\Windows\\System32\\DllHost.exe"));
 }
 
 // A process runs one program: its name is found once. The print host of 32-bit applications
@@ -188,14 +195,6 @@ TEST_F(ApplicationDetection, TheNameIsFoundOncePerProcessOrOncePerClientOfThePri
     g_host.clientId = kClientId + 1;
     g_host.clientExecutable = Beside(L"zx_two_translations.exe");
     EXPECT_EQ(L"Deutsche_Ausgabe", PrintingApplicationName());
-}
-
-TEST_F(ApplicationDetection, OnlyTheFirst260ModulesAreLookedAt) {
-    g_host.modules.assign(300, L"C:\\Windows\\System32\\other.dll");
-    g_host.modules[280] = L"C:\\PhotoViewer.dll";
-    EXPECT_EQ(L"Unknown", Detected(L"C:\\Windows\\System32\\DllHost.exe"));
-    g_host.modules[259] = L"C:\\PhotoViewer.dll";
-    EXPECT_EQ(L"WindowsPhotoViewer", Detected(L"C:\\Windows\\System32\\DllHost.exe"));
 }
 
 TEST_F(ApplicationDetection, TheTrackingFeatureIsRewrittenOnlyWhenTheTicketCarriesIt) {

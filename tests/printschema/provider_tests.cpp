@@ -1,6 +1,5 @@
-// The PrintTicket provider through its COM interface, as the core driver drives it, with
-// drvhost's core helper over the sample printer: the provider's contract, the converters and the
-// feature writers and readers.
+// The PrintTicket provider through its COM interface, with drvhost's core helper over the sample
+// printer: its contract, the converters and the feature writers and readers.
 #include "drvhost/core_driver.h"
 #include "drvhost/print_schema.h"
 #include "drvhost/printer_install.h"
@@ -18,11 +17,7 @@
 #include <gtest/gtest.h>
 
 using namespace drvhost;
-using zxtest::CountOf;
-using zxtest::Feature;
-using zxtest::LoadDocument;
-using zxtest::Reparsed;
-using zxtest::TextAt;
+using namespace zxtest;
 
 namespace {
 
@@ -75,7 +70,7 @@ protected:
 
     CoreDriver core{LoadPrinterDescription(ProgramDirectory() + kDescriptionFile)};
     JobDevMode job{core.Description(), kPrivateSize, L"ZX"};
-    zx::ComPtr<IPrintOemPrintTicketProvider> provider = zxtest::CreateTicketProvider();
+    zx::ComPtr<IPrintOemPrintTicketProvider> provider = CreateTicketProvider();
 };
 
 // A device-model client stand-in that hands out a fixed accessory record.
@@ -114,9 +109,9 @@ TEST_F(ProviderTest, BindsToAPrinterAndHandsOutItsNamespace) {
     EXPECT_EQ(E_POINTER, provider->QueryDeviceDefaultNamespace(nullptr));
 }
 
-TEST_F(ProviderTest, ChecksItsArgumentsInOrderBeforeAnyConverterRuns) {
+TEST_F(ProviderTest, ChecksItsArgumentsAndHelperBeforeAnyConverterRuns) {
     auto ticket = BaseTicket();
-    const std::wstring before = zxtest::XmlOf(ticket.Get());
+    const std::wstring before = XmlOf(ticket.Get());
     EXPECT_EQ(E_POINTER, provider->ConvertDevModeToPrintTicket(job.TotalSize(), nullptr, 0, nullptr, nullptr));
     EXPECT_EQ(E_POINTER, provider->ConvertDevModeToPrintTicket(200, job.Public(), kPrivateSize, nullptr, ticket.Get()));
     EXPECT_EQ(E_POINTER,
@@ -125,31 +120,28 @@ TEST_F(ProviderTest, ChecksItsArgumentsInOrderBeforeAnyConverterRuns) {
               provider->ConvertDevModeToPrintTicket(200, job.Public(), kPrivateSize, job.PluginBlock(), ticket.Get()));
     EXPECT_EQ(E_INVALIDARG,
               provider->ConvertPrintTicketToDevMode(ticket.Get(), job.TotalSize(), job.Public(), 0, job.PluginBlock()));
-    EXPECT_EQ(before, zxtest::XmlOf(ticket.Get()));
+    EXPECT_EQ(before, XmlOf(ticket.Get()));
 
     EXPECT_EQ(S_OK, provider->ExpandIntentOptions(ticket.Get()));
-    EXPECT_EQ(before, zxtest::XmlOf(ticket.Get()));
+    EXPECT_EQ(before, XmlOf(ticket.Get()));
     EXPECT_EQ(S_PT_NO_CONFLICT, provider->ValidatePrintTicket(ticket.Get()));
     EXPECT_EQ(E_POINTER, provider->ValidatePrintTicket(nullptr));
-}
 
-TEST_F(ProviderTest, WithoutTheUnidrvHelperConversionsFindNoOptions) {
-    zx::ComPtr<IPrintOemPrintTicketProvider> bare = zxtest::CreateTicketProvider();
-    EXPECT_EQ(S_OK, bare->PublishPrintTicketHelper(core.DriverUi()));  // not a core helper: accepted, kept out
-    auto ticket = BaseTicket();
-    EXPECT_EQ(kNotFound, bare->ConvertDevModeToPrintTicket(job.TotalSize(), job.Public(), kPrivateSize,
-                                                           job.PluginBlock(), ticket.Get()));
-    EXPECT_EQ(E_POINTER, bare->PublishPrintTicketHelper(nullptr));
-}
-
-TEST_F(ProviderTest, CapabilitiesAreCheckedButLeftAsTheHostMadeThem) {
+    // Capabilities are checked but left as the host made them.
     auto capabilities = LoadDocument(BuildPrintCapabilities(core.Description(), PrintSchema::Uri::Device));
-    const std::wstring before = zxtest::XmlOf(capabilities.Get());
+    const std::wstring made = XmlOf(capabilities.Get());
     EXPECT_EQ(S_OK, provider->CompletePrintCapabilities(nullptr, capabilities.Get()));
-    EXPECT_EQ(before, zxtest::XmlOf(capabilities.Get()));
+    EXPECT_EQ(made, XmlOf(capabilities.Get()));
     EXPECT_EQ(E_POINTER, provider->CompletePrintCapabilities(nullptr, nullptr));
     auto foreign = LoadDocument(L"<PrintCapabilities xmlns='urn:not-the-framework' version='1'/>");
     EXPECT_EQ(E_FAIL, provider->CompletePrintCapabilities(nullptr, foreign.Get()));
+
+    // Without the core driver's helper, conversions find no options.
+    zx::ComPtr<IPrintOemPrintTicketProvider> bare = CreateTicketProvider();
+    EXPECT_EQ(S_OK, bare->PublishPrintTicketHelper(core.DriverUi()));  // not a core helper: accepted, kept out
+    EXPECT_EQ(kNotFound, bare->ConvertDevModeToPrintTicket(job.TotalSize(), job.Public(), kPrivateSize,
+                                                           job.PluginBlock(), ticket.Get()));
+    EXPECT_EQ(E_POINTER, bare->PublishPrintTicketHelper(nullptr));
 }
 
 // No binding at all means none; a binding the printer does not offer leaves the DEVMODE alone.
@@ -160,7 +152,7 @@ TEST_F(ProviderTest, BookletBindingFollowsTheTicket) {
         {"Booklet", none, "None"}, {"Booklet", L"", "None"}, {"JapaneseBooklet", stitch, "JapaneseBooklet"}};
     for (const auto& [before, body, after] : cases) {
         Set("DocumentBinding", before);
-        EXPECT_EQ(S_OK, ToDevMode(LoadDocument(zxtest::Ticket(body)).Get()));
+        EXPECT_EQ(S_OK, ToDevMode(LoadDocument(Ticket(body)).Get()));
         EXPECT_EQ(after, Current("DocumentBinding")) << before;
     }
 }
@@ -196,22 +188,31 @@ TEST_F(ProviderTest, NUpContentIsWrittenOnlyForSeveralPagesPerSheet) {
                L"//psf:Feature[@name='ns0000:DocumentPageRanges']/psf:Feature[@name='ns0000:Stage']/psf:Option/@name"));
 }
 
-// A ticket without the job's N-up feature skips the N-up steps; the converters after it still
-// write theirs.
-TEST_F(ProviderTest, ATicketWithoutTheNUpFeatureStillGetsThePrivateFeatures) {
+// A ticket without the job's N-up feature skips the N-up steps, and the converters after it still
+// write theirs; one without the media memory fails the conversion.
+TEST_F(ProviderTest, TicketsMissingAFeatureTheConvertersUse) {
     Set("DocumentNUp", "4");
     Set("TouchByUser", "On");
-    auto ticket = LoadDocument(zxtest::Ticket(Feature(L"ns0000:JobZXApplicationTracking", L"ns0000:Old")));
+    auto ticket = LoadDocument(Ticket(Feature(L"ns0000:JobZXApplicationTracking", L"ns0000:Old")));
     EXPECT_EQ(S_OK, ToTicket(ticket.Get()));
     EXPECT_EQ(L"ns0000:Unknown", OptionOf(ticket.Get(), L"ns0000:JobZXApplicationTracking"));
+
+    Set("DocumentNUp", "1");
+    Set("TouchByUser", "Off");
+    Set("PaperSize", "A4");
+    auto noMemory = LoadDocument(
+        Ticket(Feature(L"psk:PageMediaType", L"psk:Plain") +
+               L"<psf:Feature name='psk:DocumentNUp'><psf:Option><psf:ScoredProperty name='psk:PagesPerSheet'>"
+               L"<psf:Value xsi:type='xsd:integer'>1</psf:Value></psf:ScoredProperty></psf:Option></psf:Feature>"));
+    EXPECT_EQ(kNotFound, ToTicket(noMemory.Get()));
 }
 
-TEST_F(ProviderTest, WritesTheJobsPrivateFeaturesFromTheDevMode) {
+TEST_F(ProviderTest, WritesTheJobsPrivateFeaturesFromTheDevModeAndKeepsTheUsersChoices) {
     Set("PaperSize", "A4");
     Set("DuplexUnit", "FALSE");  // no two-sided unit: two-sided printing by hand
     Set("PageOutputQuality", "Draft");
     auto ticket = BaseTicket();
-    const zxtest::DebuggerOutput debugger;
+    const DebuggerOutput debugger;
     ASSERT_EQ(S_OK, ToTicket(ticket.Get()));
     // Application tracking, two-sided printing by hand, the draft resolution, then the two memories.
     const std::string made = "appendChild succeeded..\n", appended = "Element appended successfully...";
@@ -230,32 +231,22 @@ TEST_F(ProviderTest, WritesTheJobsPrivateFeaturesFromTheDevMode) {
     EXPECT_EQ(L"psk:None", OptionOf(ticket.Get(), L"psk:PageBorderless"));
     EXPECT_EQ(L"ns0000:_1_0", OptionOf(ticket.Get(), L"ns0000:JobMediaTypePrev"));
     EXPECT_EQ(L"ns0000:Normal", OptionOf(ticket.Get(), L"ns0000:JobOutputQualityPrev"));
-}
 
-TEST_F(ProviderTest, SettingsTheUserChoseAreNotSnapped) {
-    Set("PaperSize", "A4");
+    // Settings the user chose are not snapped.
+    Set("DuplexUnit", "TRUE");
     Set("PageOutputQuality", "High");
     Set("TouchByUser", "On");
-    auto ticket = BaseTicket();
+    ticket = BaseTicket();
     ASSERT_EQ(S_OK, ToTicket(ticket.Get()));
     EXPECT_EQ(L"psk:High", OptionOf(ticket.Get(), L"psk:PageOutputQuality"));
     EXPECT_EQ(L"psk:Plain", OptionOf(ticket.Get(), L"psk:PageMediaType"));
     EXPECT_EQ(L"ns0000:OFF", OptionOf(ticket.Get(), L"ns0000:JobZXPrintOnBothSidesManually"));
 }
 
-TEST_F(ProviderTest, ATicketWithoutTheMediaMemoryFailsTheConversion) {
-    Set("PaperSize", "A4");
-    auto ticket = LoadDocument(zxtest::Ticket(
-        Feature(L"psk:PageMediaType", L"psk:Plain") +
-        L"<psf:Feature name='psk:DocumentNUp'><psf:Option><psf:ScoredProperty name='psk:PagesPerSheet'>"
-        L"<psf:Value xsi:type='xsd:integer'>1</psf:Value></psf:ScoredProperty></psf:Option></psf:Feature>"));
-    EXPECT_EQ(kNotFound, ToTicket(ticket.Get()));
-}
-
 TEST_F(ProviderTest, UserChangesOfMediaAndQualityAreFlaggedAndRemembered) {
     const auto ticketWith = [](const wchar_t* media, const wchar_t* previousMedia, const wchar_t* quality,
                                const wchar_t* previousQuality) {
-        return LoadDocument(zxtest::Ticket(
+        return LoadDocument(Ticket(
             Feature(L"psk:PageMediaType", media) + Feature(L"ns0000:JobMediaTypePrev", previousMedia) +
             Feature(L"psk:PageOutputQuality", quality) + Feature(L"ns0000:JobOutputQualityPrev", previousQuality)));
     };
@@ -277,13 +268,12 @@ TEST_F(ProviderTest, UserChangesOfMediaAndQualityAreFlaggedAndRemembered) {
     EXPECT_EQ(0x10u, Block().dwUserChanges);  // too short to hold the prefix: a change
 }
 
-// The device-data converter on its own, with a fixed accessory record.
 TEST(BidiConverter, WritesWhatTheDeviceReports) {
     FixedDevice mono(0, 0, 0), full(1, 1, 1);
     const auto convert = [](ISubject* device) {
-        auto ticket = LoadDocument(zxtest::Ticket(Feature(L"psk:PageOutputColor", L"psk:Color") +
-                                                  Feature(L"ns0000:JobZXRlt", L"ns0000:_1") +
-                                                  Feature(L"psk:JobInputBin", L"ns0000:_7")));
+        auto ticket =
+            LoadDocument(Ticket(Feature(L"psk:PageOutputColor", L"psk:Color") +
+                                Feature(L"ns0000:JobZXRlt", L"ns0000:_1") + Feature(L"psk:JobInputBin", L"ns0000:_7")));
         CBidiDMPTConv converter;
         if (device) converter.Update(device);
         DEVMODEW devMode{};
@@ -308,19 +298,19 @@ TEST(BidiConverter, WritesWhatTheDeviceReports) {
 // The host says how large the DEVMODE is; a header that claims more is not passed on to the core
 // driver, which would read that far.
 TEST(ProviderInput, DevModeHeadersClaimingMoreThanTheHostPassedAreNotBelieved) {
-    zxtest::FakeCoreHelper helper;
+    FakeCoreHelper helper;
     helper.SetOption("DocumentBinding", "None");
     helper.SetOption("JobNUpAllDocumentsContiguously", "1");
     helper.SetOption("DocumentNUp", "1");
     helper.SetOption("DrawBorders", "Off");
-    auto provider = zxtest::CreateTicketProvider();
+    auto provider = CreateTicketProvider();
     ASSERT_EQ(S_OK, provider->PublishPrintTicketHelper(static_cast<IPrintOemDriverUI*>(&helper)));
     std::vector<BYTE> bytes(sizeof(DEVMODEW) + 64);
     auto* devMode = reinterpret_cast<DEVMODEW*>(bytes.data());
     devMode->dmSize = sizeof(DEVMODEW);
     devMode->dmDriverExtra = 4000;
     VPrivateDevMode block{};
-    auto ticket = LoadDocument(zxtest::Ticket(Feature(L"ns0000:JobZXPrintOnBothSidesManually", L"ns0000:OFF")));
+    auto ticket = LoadDocument(Ticket(Feature(L"ns0000:JobZXPrintOnBothSidesManually", L"ns0000:OFF")));
     const ULONG size = static_cast<ULONG>(bytes.size());
     EXPECT_EQ(S_OK, provider->ConvertDevModeToPrintTicket(size, devMode, sizeof(block), &block, ticket.Get()));
     EXPECT_LT(3u, helper.askedDevModeSizes.size());
@@ -334,14 +324,14 @@ TEST_F(ProviderTest, AConversionThatRunsOutOfMemoryLeavesTheNextOneAsBefore) {
     const auto newProvider = [this] {
         zx::ComPtr<VPrintTicketProvider> own;
         *own.GetAddressOf() = new VPrintTicketProvider();
-        zxtest::BindToPrinter(own.Get());
+        BindToPrinter(own.Get());
         own->PublishPrintTicketHelper(core.CoreHelper());
         return own;
     };
     auto reference = BaseTicket();
     ASSERT_EQ(S_OK, ToTicket(reference.Get(), newProvider().Get()));
 
-    for (zxtest::AllocationSweep sweep; sweep.NextRun();) {
+    for (AllocationSweep sweep; sweep.NextRun();) {
         auto own = newProvider();
         auto ticket = BaseTicket();
         HRESULT hr = E_UNEXPECTED;
@@ -352,7 +342,7 @@ TEST_F(ProviderTest, AConversionThatRunsOutOfMemoryLeavesTheNextOneAsBefore) {
         EXPECT_TRUE(hr == S_OK || hr == E_OUTOFMEMORY || hr == E_FAIL) << sweep.Run() << " " << std::hex << hr;
         auto next = BaseTicket();
         EXPECT_EQ(S_OK, ToTicket(next.Get(), own.Get())) << sweep.Run();
-        EXPECT_EQ(zxtest::XmlOf(reference.Get()), zxtest::XmlOf(next.Get())) << sweep.Run();
+        EXPECT_EQ(XmlOf(reference.Get()), XmlOf(next.Get())) << sweep.Run();
         EXPECT_EQ(4u, own->DeviceClient()->ObserverCount()) << sweep.Run();
     }
 }

@@ -1,5 +1,4 @@
-// The ticket handler on real MSXML 6 documents: its construction, feature, option, property and
-// parameter operations, and hostile documents that must give HRESULTs; the string buffer, the
+// The ticket handler on real MSXML 6 documents, hostile ones included, and the string buffer,
 // query templates and option-name lookups it is built on.
 #include "printschema/option_names.h"
 #include "printschema/query_builder.h"
@@ -95,6 +94,16 @@ TEST_F(TicketHandlerTest, ReadsOptionsAndPropertiesWhereverTheTicketKeepsThem) {
     EXPECT_EQ(S_OK, handler.GetScoredPropertyInt(L"PageResolution", L"ResolutionY", &value));
     EXPECT_EQ(-1200, value);
     EXPECT_EQ(E_INVALIDARG, handler.GetScoredPropertyInt(L"PageOutputQuality", L"OptionName", &value));
+
+    // Prefixes are removed only where they occur.
+    option = zx::MakeBstr(L"ns0000:psk:X");
+    BSTR raw = option.release();
+    EXPECT_EQ(S_OK, handler.StripKeywordPrefix(&raw));
+    option.reset(raw);
+    EXPECT_STREQ(L"ns0000:X", option.get());
+    VStringBuffer stripped;
+    EXPECT_EQ(S_OK, VPrintTicketHandler::RemovePrefix(zx::MakeBstr(L"AllPages"), L"ns0000:", stripped));
+    EXPECT_STREQ(L"AllPages", stripped.c_str());
 }
 
 TEST_F(TicketHandlerTest, FindsSetsAndDeletesFeatures) {
@@ -160,17 +169,6 @@ TEST_F(TicketHandlerTest, TypedPropertiesWriteTheirValueAndType) {
         const std::wstring value = std::wstring(L"/psf:PrintTicket/") + property + L"/psf:Value";
         EXPECT_EQ(valueAndType, TextAt(saved.Get(), value) + L" " + TextAt(saved.Get(), value + L"/@xsi:type"));
     }
-}
-
-TEST_F(TicketHandlerTest, PrefixesAreRemovedOnlyWhereTheyOccur) {
-    zx::unique_bstr option = zx::MakeBstr(L"ns0000:psk:X");
-    BSTR raw = option.release();
-    EXPECT_EQ(S_OK, handler.StripKeywordPrefix(&raw));
-    option.reset(raw);
-    EXPECT_STREQ(L"ns0000:X", option.get());
-    VStringBuffer stripped;
-    EXPECT_EQ(S_OK, VPrintTicketHandler::RemovePrefix(zx::MakeBstr(L"AllPages"), L"ns0000:", stripped));
-    EXPECT_STREQ(L"AllPages", stripped.c_str());
 }
 
 TEST(HostileTicket, LongNamesRoundTripWithoutOverflow) {
@@ -370,7 +368,7 @@ TEST(QueryBuilder, AppendsTheTemplatesExactly) {
     EXPECT_EQ(E_INVALIDARG, builder.AddScoredProperty(L"psk:", L"a\"] | //*[\"x"));
 }
 
-TEST(HandlerConstruction, FindsTheDocumentsOwnPrefixesAndHoldsTheDocument) {
+TEST(HandlerConstruction, FindsTheDocumentsOwnPrefixesOrFailsWithTheResultThatStopsIt) {
     auto document = LoadDocument(Ticket(L""));
     const ULONG references = RefCount(document.Get());
     {
@@ -382,9 +380,7 @@ TEST(HandlerConstruction, FindsTheDocumentsOwnPrefixesAndHoldsTheDocument) {
         EXPECT_EQ(references + 1, RefCount(document.Get()));
     }
     EXPECT_EQ(references, RefCount(document.Get()));
-}
 
-TEST(HandlerConstruction, FailsWithTheResultThatStopsIt) {
     const auto resultFor = [](IXMLDOMDocument2* document) {
         return ThrownResult([&] { VPrintTicketHandler handler(document); });
     };
@@ -398,51 +394,48 @@ TEST(HandlerConstruction, FailsWithTheResultThatStopsIt) {
     EXPECT_STREQ(L"psf:", VPrintCapabilityHandler(capabilities.Get()).FrameworkPrefix());
 }
 
-// As applications save tickets: a declaration, comments, indentation, a default namespace, vendor
-// namespaces, and the standard ones in an unusual order.
-TEST(HandlerConstruction, ReadsTicketsShapedLikeRealOnes) {
-    auto document = LoadDocument(
-        std::wstring(L"<?xml version='1.0' encoding='UTF-8'?>\n<!-- saved -->\n<psf:PrintTicket version='1' "
-                     L"xmlns='urn:vendor:default' xmlns:xsd='http://www.w3.org/2001/XMLSchema'\n xmlns:v1='urn:v1' "
-                     L"xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xmlns:psk='") +
-        kKeywordsUri + L"' xmlns:v2='urn:v2' xmlns:psf='" + kFrameworkUri +
-        L"'>\n  <!-- media -->\n  <psf:Feature name='psk:PageMediaType'>\n    <psf:Option name='psk:Plain'><v1:x/>"
-        L"</psf:Option>\n  </psf:Feature>\n  <psf:Feature name='psk:PageOutputQuality'>\n    <psf:Option>\n"
-        L"      <psf:ScoredProperty name='psk:OptionName'>\n        <psf:Value xsi:type='xsd:QName'>psk:High"
-        L"</psf:Value>\n      </psf:ScoredProperty>\n    </psf:Option>\n  </psf:Feature>\n</psf:PrintTicket>\n");
-    VPrintTicketHandler handler(document.Get());
-    EXPECT_STREQ(L"xsd:", handler.SchemaPrefix());
-    EXPECT_EQ(L"Plain", SelectedOption(handler, L"PageMediaType"));
-    EXPECT_EQ(L"High", SelectedOption(handler, L"PageOutputQuality"));
-}
-
-// Framework namespace under "f", keywords under "k": queries are rebound, new elements carry the
-// document's prefixes, and lookups naming the usual "psf:" still work.
-TEST(HandlerConstruction, WorksUnderTheDocumentsOwnPrefixes) {
-    auto document = LoadDocument(std::wstring(L"<f:PrintTicket version='1' xmlns:f='") + kFrameworkUri +
-                                 L"' xmlns:k='" + kKeywordsUri +
-                                 L"'><f:Feature name='k:PageMediaType'><f:Option name='k:Plain'/></f:Feature>"
-                                 L"</f:PrintTicket>");
-    VPrintTicketHandler handler(document.Get());
-    EXPECT_EQ(L"Plain", SelectedOption(handler, L"PageMediaType"));
-    EXPECT_EQ(S_OK, handler.FindPrefixedFeature(L"PageMediaType", L"psf:", L"k:"));
-    zx::ComPtr<IXMLDOMElement> feature, option;
-    ASSERT_EQ(S_OK, handler.CreateFeatureOption(L"Duplex", L"OneSided", &feature, &option));
-    EXPECT_EQ(L"f:Feature f:Option", NameOf(feature.Get()) + L" " + NameOf(option.Get()));
-    EXPECT_EQ(S_OK, handler.AppendToRoot(L"PrintTicket", feature.Get()));
-    EXPECT_EQ(1, CountOf(Reparsed(document.Get()).Get(),
-                         L"/psf:PrintTicket/psf:Feature[@name = 'k:Duplex']/psf:Option[@name = 'k:OneSided']"));
-}
-
-TEST(HandlerConstruction, WithoutKeywordsNamespaceNamesStayUnprefixed) {
-    auto document = LoadDocument(std::wstring(L"<psf:PrintTicket xmlns:psf='") + kFrameworkUri +
-                                 L"'><psf:Feature name='PageMediaType'><psf:Option name='Plain'/></psf:Feature>"
-                                 L"</psf:PrintTicket>");
-    VPrintTicketHandler handler(document.Get());
-    EXPECT_EQ(L"Plain", SelectedOption(handler, L"PageMediaType"));
-    zx::ComPtr<IXMLDOMElement> feature, option;
-    ASSERT_EQ(S_OK, handler.CreateFeatureOption(L"Duplex", L"OneSided", &feature, &option));
-    EXPECT_EQ(L"Duplex OneSided", TextAt(feature.Get(), L"@name") + L" " + TextAt(option.Get(), L"@name"));
+// Tickets as applications save them (a declaration, comments, indentation, a default and vendor
+// namespaces, the standard ones in an unusual order), under prefixes of their own, and without the
+// keywords namespace: options are read, lookups naming the usual "psf:" work, and new elements
+// carry the document's prefixes.
+TEST(HandlerConstruction, WorksWithTheDocumentsOwnLayoutAndPrefixes) {
+    const std::wstring framework = kFrameworkUri, keywords = kKeywordsUri;
+    const std::tuple<std::wstring, std::wstring, const wchar_t*> cases[] = {
+        {L"<?xml version='1.0' encoding='UTF-8'?>\n<!-- saved -->\n<psf:PrintTicket version='1' "
+         L"xmlns='urn:vendor:default' xmlns:xsd='http://www.w3.org/2001/XMLSchema'\n xmlns:v1='urn:v1' "
+         L"xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xmlns:psk='" +
+             keywords + L"' xmlns:v2='urn:v2' xmlns:psf='" + framework +
+             L"'>\n  <!-- media -->\n  <psf:Feature name='psk:PageMediaType'>\n    <psf:Option name='psk:Plain'>"
+             L"<v1:x/></psf:Option>\n  </psf:Feature>\n  <psf:Feature name='psk:PageOutputQuality'>\n    <psf:Option>\n"
+             L"      <psf:ScoredProperty name='psk:OptionName'>\n        <psf:Value xsi:type='xsd:QName'>psk:High"
+             L"</psf:Value>\n      </psf:ScoredProperty>\n    </psf:Option>\n  </psf:Feature>\n</psf:PrintTicket>\n",
+         L"psk:", L"psf:Feature psf:Option"},
+        {L"<f:PrintTicket version='1' xmlns:f='" + framework + L"' xmlns:k='" + keywords +
+             L"'><f:Feature name='k:PageMediaType'><f:Option name='k:Plain'/></f:Feature></f:PrintTicket>",
+         L"k:", L"f:Feature f:Option"},
+        {L"<psf:PrintTicket xmlns:psf='" + framework +
+             L"'><psf:Feature name='PageMediaType'><psf:Option name='Plain'/></psf:Feature></psf:PrintTicket>",
+         L"", L"psf:Feature psf:Option"},
+    };
+    for (const auto& [text, prefix, elements] : cases) {
+        auto document = LoadDocument(text);
+        VPrintTicketHandler handler(document.Get());
+        EXPECT_EQ(L"Plain", SelectedOption(handler, L"PageMediaType")) << elements;
+        EXPECT_EQ(S_OK, handler.FindPrefixedFeature(L"PageMediaType", L"psf:", prefix.c_str())) << prefix;
+        zx::ComPtr<IXMLDOMElement> feature, option;
+        ASSERT_EQ(S_OK, handler.CreateFeatureOption(L"Duplex", L"OneSided", &feature, &option));
+        EXPECT_EQ(elements, NameOf(feature.Get()) + L" " + NameOf(option.Get()));
+        EXPECT_EQ(prefix + L"Duplex " + prefix + L"OneSided",
+                  TextAt(feature.Get(), L"@name") + L" " + TextAt(option.Get(), L"@name"));
+        EXPECT_EQ(S_OK, handler.AppendToRoot(L"PrintTicket", feature.Get()));
+        const std::wstring appended = L"/psf:PrintTicket/psf:Feature[@name = '" + prefix +
+                                      L"Duplex']/psf:Option[@name = '" + prefix + L"OneSided']";
+        EXPECT_EQ(1, CountOf(Reparsed(document.Get()).Get(), appended.c_str())) << prefix;
+        if (prefix == L"psk:") {
+            EXPECT_STREQ(L"xsd:", handler.SchemaPrefix());
+            EXPECT_EQ(L"High", SelectedOption(handler, L"PageOutputQuality"));
+        }
+    }
 }
 
 // Names compare as the platform compares BSTRs in the user's locale: letter case counts, a soft

@@ -1,5 +1,4 @@
-// Finding, committing and hiding the core driver's items; the settings object's references and
-// flags; the callback context.
+// Finding, committing and hiding the core driver's items; the settings object's references and flags.
 #include "core/ui_interface.h"
 #include "drvhost/ui_session.h"
 #include "settings/option_items.h"
@@ -103,22 +102,14 @@ TEST(CommitOptItem, EachFormOnAFakeCoreDriver) {
     zx::ComPtr<VUIInterfaceImpl> ui;
     *ui.GetAddressOf() = new VUIInterfaceImpl();
     ui->PublishDriverInterface(static_cast<IPrintOemDriverUI*>(&driver));
-    VPrivateDevMode block{};
     OEMCUIPPARAM params{};
-    params.pOEMDM = &block;
-
     LooseItem loose(OPTPF_OVERLAY_WARNING_ICON | OPTPF_DISABLED);
     EXPECT_EQ(S_OK, VUICallbackContext(&params, nullptr).CommitCallbackOptItem(&loose.item));
     EXPECT_EQ(0, driver.updateUISettingCalls);  // no UI plug-in object: only marked changed
     EXPECT_EQ(OPTIF_CHANGED, loose.item.Flags);
 
     zx::SetUiPluginOf(params, ui->AsUiPlugin());
-    CPSUICBPARAM callback{};
-    callback.pCurItem = &loose.item;
-    const VUICallbackContext context(&params, &callback);
-    EXPECT_EQ(std::tuple(&block, static_cast<IPrintCoreHelper*>(&driver), &loose.item),
-              std::tuple(context.PrivateDevMode(), context.CoreHelper(), context.CurrentItem()));
-
+    const VUICallbackContext context(&params, nullptr);
     EXPECT_EQ(S_OK, context.CommitOptItem(&loose.item));
     driver.behaviour = FakeCoreHelper::Behaviour::FailEveryCall;
     EXPECT_EQ(E_FAIL, context.CommitOptItem(&loose.item));

@@ -130,7 +130,8 @@ struct FakeSpoolerTest : testing::Test, PlatformScope {
 }  // namespace
 
 // Loaded together from the driver file's directory, once for the process, until the last UI
-// object goes; a missing unires frees mortalures18 again.
+// object goes, however many providers print threads make meanwhile (each request passes a UI
+// object through the factory); a missing unires frees mortalures18 again.
 TEST_F(FakeSpoolerTest, BothLibrariesOrNeither) {
     ASSERT_EQ(0, VUIInterfaceImpl::LiveCount());
     zx::ComPtr<VUIInterfaceImpl> first, second;
@@ -146,22 +147,6 @@ TEST_F(FakeSpoolerTest, BothLibrariesOrNeither) {
     EXPECT_EQ(S_OK, zx::LoadResourceLibraries(L"Printer"));  // a second sheet reuses them
     EXPECT_EQ(2u, fake.loaded.size());
     first.Reset();
-    EXPECT_TRUE(fake.freed.empty());
-    second.Reset();
-    EXPECT_EQ((std::vector<HMODULE>{MadeUpModule(1), MadeUpModule(2)}), fake.freed);
-
-    fake.missing = L"\\unires.dll";
-    EXPECT_EQ(E_FAIL, zx::LoadResourceLibraries(L"Printer"));
-    EXPECT_EQ((std::vector<HMODULE>{MadeUpModule(1), MadeUpModule(2), MadeUpModule(3)}), fake.freed);
-    EXPECT_EQ((std::pair<HMODULE, HMODULE>()), std::pair(zx::UiStringLibrary(), zx::FallbackStringLibrary()));
-}
-
-// Every provider request passes a UI object through the factory, on whichever print thread
-// asks; the sheet's object keeps the libraries loaded meanwhile.
-TEST_F(FakeSpoolerTest, ProvidersMadeOnPrintThreadsLeaveTheSheetsLibrariesLoaded) {
-    zx::ComPtr<VUIInterfaceImpl> sheet;
-    *sheet.GetAddressOf() = new VUIInterfaceImpl();
-    ASSERT_EQ(S_OK, zx::LoadResourceLibraries(L"Printer"));
     zx::ComPtr<IClassFactory> factory;
     *factory.GetAddressOf() = new VUIClassFactory();
     std::vector<std::thread> printThreads;
@@ -179,8 +164,13 @@ TEST_F(FakeSpoolerTest, ProvidersMadeOnPrintThreadsLeaveTheSheetsLibrariesLoaded
     for (std::thread& thread : printThreads) thread.join();
     EXPECT_EQ(1, VUIInterfaceImpl::LiveCount());
     EXPECT_TRUE(fake.freed.empty());
-    sheet.Reset();
+    second.Reset();
     EXPECT_EQ((std::vector<HMODULE>{MadeUpModule(1), MadeUpModule(2)}), fake.freed);
+
+    fake.missing = L"\\unires.dll";
+    EXPECT_EQ(E_FAIL, zx::LoadResourceLibraries(L"Printer"));
+    EXPECT_EQ((std::vector<HMODULE>{MadeUpModule(1), MadeUpModule(2), MadeUpModule(3)}), fake.freed);
+    EXPECT_EQ((std::pair<HMODULE, HMODULE>()), std::pair(zx::UiStringLibrary(), zx::FallbackStringLibrary()));
 }
 
 TEST_F(FakeSpoolerTest, WithoutThePrinterOrItsDriverFileNothingIsLoaded) {
@@ -205,7 +195,7 @@ TEST_F(FakeSpoolerTest, WithoutThePrinterOrItsDriverFileNothingIsLoaded) {
     EXPECT_EQ(openedAndClosed, std::pair(fake.opened, fake.closed));
 }
 
-TEST(StringLibraries, AnInstalledPrinterHasATextForEveryNumberThePluginLoads) {
+TEST(StringLibraries, ATextForEveryNumberThePluginLoadsAndTheSamplePrintersDisplayNames) {
     const BuiltStringLibraries libraries;
     EXPECT_EQ((std::vector<std::wstring>{libraries.driverDirectory + L"mortalures18.dll",
                                          libraries.driverDirectory + L"unires.dll"}),
@@ -222,11 +212,8 @@ TEST(StringLibraries, AnInstalledPrinterHasATextForEveryNumberThePluginLoads) {
         EXPECT_FALSE(LoadedText(holder, number).empty()) << number;
         EXPECT_TRUE(LoadedText(other, number).empty()) << number;
     }
-}
 
-// Snapping selects a media type, and the shortcuts page a paper size, by display name.
-TEST(StringLibraries, MediaAndPaperTextsAreTheSamplePrintersDisplayNames) {
-    const BuiltStringLibraries libraries;
+    // Snapping selects a media type, and the shortcuts page a paper size, by display name.
     const drvhost::PrinterDescription printer = SamplePrinter();
     const auto feature = [&](std::string_view keyword) -> const drvhost::FeatureDescription& {
         return printer.features[printer.FindFeature(keyword).value()];
@@ -296,9 +283,9 @@ TEST(PaperDisplayName, NamesByPaperIndexAndTheItemPositionOfTheName) {
         EXPECT_EQ(name != nullptr, zx::PaperDisplayName(sheet.core.CoreHelper(), index, text)) << index;
         EXPECT_STREQ(name ? name : L"sentinel", text);
     }
-    EXPECT_EQ(2, sheet.properties.PaperItemPosition(1));
-    EXPECT_EQ(1, sheet.properties.PaperItemPosition(0));
-    EXPECT_EQ(0, sheet.properties.PaperItemPosition(2));
+    EXPECT_EQ(std::tuple(2, 1, 0),
+              std::tuple(sheet.properties.PaperItemPosition(1), sheet.properties.PaperItemPosition(0),
+                         sheet.properties.PaperItemPosition(2)));
     sheet.Item("PaperSize")->pOptType->pOptParam[2].pData = reinterpret_cast<LPWSTR>(ULONG_PTR{575});
     EXPECT_EQ(0, sheet.properties.PaperItemPosition(1));  // a resource number is never a match
 }

@@ -105,7 +105,7 @@ private:
 constexpr DWORD kEnabled = OPTIF_CALLBACK | OPTIF_CHANGED;
 
 // Media types are snapped by display name: texts of the string library built beside the tests.
-class SheetRulesTest : public testing::Test {
+class SheetRules : public testing::Test {
 public:
     static void SetUpTestSuite() {
         ASSERT_FALSE(InstallSamplePrinter(kSettingsPrinter).empty());
@@ -113,12 +113,6 @@ public:
     }
     static void TearDownTestSuite() { zx::FreeResourceLibraries(); }
 };
-
-class Snapping : public SheetRulesTest {};
-class QualityAndMemories : public SheetRulesTest {};
-class TwoSidedAndMargins : public SheetRulesTest {};
-class BookletAndNUp : public SheetRulesTest {};
-class PageRules : public SheetRulesTest {};
 
 }  // namespace
 
@@ -138,7 +132,7 @@ TEST(SnappingTable, EnabledByAnyOptionAndKeyedByTheTextBeforeTheFirstSeparator) 
 
 // Source, quality and media by the paper's rule (the later of two for A4), the borderless rule
 // while borderless printing is on; nothing once the user chose the media type.
-TEST_F(Snapping, PaperChangesSnapSourceQualityAndMediaUntilTheUserChoosesTheMedia) {
+TEST_F(SheetRules, PaperChangesSnapSourceQualityAndMediaUntilTheUserChoosesTheMedia) {
     RulesBed sheet(kSnappingPrinter);
     const auto shown = [&] { return sheet.Shown({"InputBin", "PageOutputQuality", "MediaType", "BorderlessPrint"}); };
     EXPECT_EQ(S_OK, sheet.Choose("PaperSize", "A4"));
@@ -170,7 +164,7 @@ TEST_F(Snapping, PaperChangesSnapSourceQualityAndMediaUntilTheUserChoosesTheMedi
 // The sample printer: photo paper from the photo tray; edge-to-edge paper turns borderless on and
 // takes the borderless rule, as A4 does while borderless printing is on; the user's mark from an
 // earlier session ends snapping.
-TEST_F(Snapping, SamplePrinterPhotoAndEdgeToEdgePapers) {
+TEST_F(SheetRules, SamplePrinterPhotoAndEdgeToEdgePapers) {
     RulesBed sheet;
     const auto shown = [&] {
         return sheet.Shown(
@@ -198,7 +192,7 @@ TEST_F(Snapping, SamplePrinterPhotoAndEdgeToEdgePapers) {
 
 // Draft prints at 300 dpi; maximum resolution locks the quality; the user's media type, quality
 // and source are remembered and end snapping.
-TEST_F(QualityAndMemories, ResolutionLockMemoriesAndTouch) {
+TEST_F(SheetRules, ResolutionLockMemoriesAndTouch) {
     RulesBed sheet;
     sheet.Choose("PageOutputQuality", "Draft");
     EXPECT_EQ((Options{"300x300", "Draft", "On"}), sheet.Shown({"Resolution", "OutputQualityPrev", "TouchByUser"}));
@@ -225,7 +219,7 @@ TEST_F(QualityAndMemories, ResolutionLockMemoriesAndTouch) {
 
 // Two-sided printing offers the margins choice, with binding margins unless the user chose;
 // manual two-sided printing takes it away and keeps the manual label.
-TEST_F(TwoSidedAndMargins, MarginsFollowTwoSidedPrintingAndTheUsersChoice) {
+TEST_F(SheetRules, MarginsFollowTwoSidedPrintingAndTheUsersChoice) {
     RulesBed sheet;
     sheet.Choose("Duplex", "VERTICAL");
     EXPECT_EQ((Options{"Binding"}), sheet.Shown({"DocumentMargins"}));
@@ -255,7 +249,7 @@ TEST_F(TwoSidedAndMargins, MarginsFollowTwoSidedPrintingAndTheUsersChoice) {
 
 // Booklet binding brings two pages per sheet, two-sided printing and binding margins; no binding
 // takes them back. Booklets need both, and page borders need more than one page per sheet.
-TEST_F(BookletAndNUp, BookletOnAndOffAndWhatItNeeds) {
+TEST_F(SheetRules, BookletOnAndOffAndWhatItNeeds) {
     RulesBed sheet;
     const auto shown = [&] {
         return sheet.Shown({"DocumentNUp", "Duplex", "DocumentMargins", "DrawBorders", "DocumentBinding"});
@@ -284,7 +278,7 @@ TEST_F(BookletAndNUp, BookletOnAndOffAndWhatItNeeds) {
 // On activation: memories follow the items, the user's mark ends snapping, the source and media
 // are snapped (not for PCLmS) and the pages told, borders and margins follow N-up and two-sided
 // printing, maximum resolution locks the quality.
-TEST_F(PageRules, PageActivation) {
+TEST_F(SheetRules, PageActivation) {
     RulesBed sheet;
     sheet.Select("MediaType", "6.0.5_1_600x600");
     sheet.Select("PageOutputQuality", "Draft");
@@ -319,7 +313,7 @@ TEST_F(PageRules, PageActivation) {
 
 // Leaving the page and Apply hand the items back and re-apply the shortcut settings (from the
 // moment the shortcuts page exists); reverting puts binding, N-up, borders and margins in line.
-TEST_F(PageRules, PageLeftApplyRevertAndTheAllSettingsFeatures) {
+TEST_F(SheetRules, PageLeftApplyRevertAndTheAllSettingsFeatures) {
     RulesBed sheet;
     sheet.Select("InputBin", "3");
     sheet.Select("Duplex", "HORIZONTAL");
@@ -354,7 +348,7 @@ TEST_F(PageRules, PageLeftApplyRevertAndTheAllSettingsFeatures) {
     EXPECT_EQ(std::pair(true, true), std::pair(sheet.Disabled("DrawBorders"), sheet.Disabled("DocumentMargins")));
 }
 
-TEST(SheetRules, EveryRuleSetNeedsTheParameterBlockAndTheUIPluginObject) {
+TEST_F(SheetRules, EveryRuleSetNeedsTheParameterBlockAndTheUIPluginObject) {
     VDocumentSheetRules rules;
     OEMCUIPPARAM params{};
     for (POEMCUIPPARAM block : {&params, static_cast<POEMCUIPPARAM>(nullptr)}) {
